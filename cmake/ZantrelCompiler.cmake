@@ -1,0 +1,30 @@
+# Language level, warnings and sanitizers of every target in this project: link zantrel_options.
+
+find_program(CCACHE_PROGRAM ccache)
+if(CCACHE_PROGRAM AND NOT CMAKE_CXX_COMPILER_LAUNCHER AND PROJECT_IS_TOP_LEVEL)
+  set(CMAKE_CXX_COMPILER_LAUNCHER ${CCACHE_PROGRAM})
+endif()
+
+if(NOT CMAKE_BUILD_TYPE AND NOT CMAKE_CONFIGURATION_TYPES AND PROJECT_IS_TOP_LEVEL)
+  set(CMAKE_BUILD_TYPE Release)
+endif()
+
+add_library(zantrel_options INTERFACE)
+target_compile_features(zantrel_options INTERFACE cxx_std_20)
+target_compile_options(zantrel_options INTERFACE
+  -Wall -Wextra -Wpedantic -Wconversion -Wno-unknown-warning-option)
+if(ZANTREL_WERROR)
+  target_compile_options(zantrel_options INTERFACE -Werror)
+endif()
+if(ZANTREL_SANITIZE)
+  target_compile_options(zantrel_options INTERFACE
+    -fsanitize=${ZANTREL_SANITIZE} -fno-omit-frame-pointer -fno-sanitize-recover=all)
+  target_link_options(zantrel_options INTERFACE -fsanitize=${ZANTREL_SANITIZE})
+endif()
+if(MINGW)
+  # GCC keeps the stack of 64-bit Windows aligned to 16 bytes only, yet spills 32- and 64-byte
+  # vectors with aligned moves; the assembler turns those into unaligned ones.
+  target_compile_options(zantrel_options INTERFACE -Wa,-muse-unaligned-vector-move)
+  target_compile_definitions(zantrel_options INTERFACE _WIN32_WINNT=0x0601 UNICODE _UNICODE)
+  target_link_options(zantrel_options INTERFACE -static)
+endif()

@@ -1,0 +1,106 @@
+#pragma once
+// Growable NUL-terminated byte string, used for every internal text operation. Its content is UTF-8,
+// ANSI or any other 8-bit encoding, as its user decides.
+
+#include <cstddef>
+#include <cstdint>
+#include <string_view>
+
+#include "core/bytes.h"
+#include "core/zantrel_object.h"
+
+namespace zantrel {
+
+class DataBuffer;
+
+class StringBuffer final : public ZantrelObject {
+ public:
+  StringBuffer();
+  explicit StringBuffer(const char* text);
+  explicit StringBuffer(std::string_view text);
+  ~StringBuffer() override;
+  StringBuffer(const StringBuffer& other);
+  StringBuffer& operator=(const StringBuffer& other);
+  StringBuffer(StringBuffer&& other) noexcept;
+  StringBuffer& operator=(StringBuffer&& other) noexcept;
+
+  const char* getString() const;
+  std::uint32_t getSize() const;
+  std::int32_t capacity() const;
+  bool empty() const { return getSize() == 0; }
+  std::string_view view() const;
+
+  /// Null or empty does nothing. When storage cannot be had nothing is appended and the result is
+  /// false; so too when the size would pass 2^31-1. The text may lie inside this buffer.
+  bool append(const char* text);
+  bool append(const void* bytes, std::size_t count);
+  bool append(const StringBuffer& other);
+  bool append(std::string_view text);
+  bool appendChar(char byte);
+  bool appendInt(std::int64_t value);
+  /// Replaces the content; the text may lie inside this buffer.
+  bool setString(const char* text);
+  bool setString(std::string_view text);
+
+  /// Room for `extra` more bytes with one exact allocation.
+  bool reserve(std::size_t extra);
+  /// Room for `extra` more bytes, as a pointer to write them to, or null; commit() then says how
+  /// many were written and terminates the text.
+  char* prepare(std::size_t extra);
+  void commit(std::size_t written);
+
+  /// Length 0, storage kept.
+  void clear();
+  /// Overwrites the content with blanks, then clears.
+  void secureClear();
+  /// Gives back storage beyond the content.
+  void minimizeMemory();
+  void shorten(std::uint32_t n);
+  void truncate(std::uint32_t size);
+
+  /// The byte at i, or 0 when i is out of range.
+  char charAt(std::int64_t i) const;
+  char lastChar() const;
+
+  /// Removes leading and trailing space, tab, LF and CR.
+  void trim2();
+  /// ASCII letters, and bytes 0xC0..0xDF get 32 added: deliberately also 0xD7 and 0xDF.
+  void toLowerCase();
+  /// ASCII letters only.
+  void toUpperCase();
+  /// Replaces from left to right without looking at replaced text again; returns how many.
+  std::uint32_t replaceAllOccurances(std::string_view find, std::string_view replacement);
+  bool replaceFirstOccurance(std::string_view find, std::string_view replacement);
+  void replaceChar(char from, char to);
+  std::uint32_t removeCharOccurances(char c);
+  /// Removes every CR, then makes every LF a CRLF.
+  void toCRLF();
+  /// Makes every CRLF a LF.
+  void toLF();
+
+  bool equals(std::string_view text) const;
+  bool equalsIgnoreCase(std::string_view text) const;
+  bool beginsWith(std::string_view prefix) const;
+  bool beginsWithIgnoreCase(std::string_view prefix) const;
+  bool containsSubstring(std::string_view text) const;
+  bool containsSubstringNoCase(std::string_view text) const;
+
+  /// Reads pairs of hexadecimal digits and appends the bytes. Digits are not validated; a last
+  /// unpaired character is ignored.
+  bool hexStringToBinary(DataBuffer& out) const;
+
+ private:
+  void checkGuard() const;
+  bool growFor(std::size_t n);
+  bool reallocate(std::size_t newCapacity);
+  void release() noexcept;
+
+  std::uint8_t guard_ = 0xAA;
+  std::uint8_t flag_ = 0;
+  char* data_;
+  std::int32_t capacity_;
+  std::uint32_t size_ = 0;
+  std::int32_t growIncrement_ = 202;
+};
+
+}  // namespace zantrel
