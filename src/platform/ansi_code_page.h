@@ -7,5 +7,7 @@ namespace zantrel {
 int ansiCodePage() noexcept;
 /// Sets the ANSI code page of this process; 0 goes back to the default. For start-up and tests.
 void setAnsiCodePage(int codePage) noexcept;
+/// The machine's own: what holds while none was set.
+int defaultAnsiCodePage() noexcept;
 
 }  // namespace zantrel

@@ -31,6 +31,9 @@ class Clock {
   virtual int utcOffsetMinutes() const = 0;
 };
 
+/// The machine's own clock.
+const Clock& machineClock() noexcept;
+
 /// The clock in force: the machine's unless a ScopedClock stands.
 const Clock& systemClock() noexcept;
 

@@ -1,0 +1,66 @@
+#include "platform/clock.h"
+
+#include <time.h>
+
+namespace zantrel {
+
+namespace {
+
+SystemTime fromTm(const tm& fields, long nanoseconds) {
+  SystemTime time;
+  time.year = static_cast<std::uint16_t>(fields.tm_year + 1900);
+  time.month = static_cast<std::uint16_t>(fields.tm_mon + 1);
+  time.dayOfWeek = static_cast<std::uint16_t>(fields.tm_wday);
+  time.day = static_cast<std::uint16_t>(fields.tm_mday);
+  time.hour = static_cast<std::uint16_t>(fields.tm_hour);
+  time.minute = static_cast<std::uint16_t>(fields.tm_min);
+  time.second = static_cast<std::uint16_t>(fields.tm_sec);
+  time.milliseconds = static_cast<std::uint16_t>(nanoseconds / 1'000'000);
+  return time;
+}
+
+timespec now(clockid_t clock) {
+  timespec value{};
+  clock_gettime(clock, &value);
+  return value;
+}
+
+class MachineClock final : public Clock {
+ public:
+  std::uint32_t tickCountMs() const override {
+    const timespec value = now(CLOCK_MONOTONIC);
+    const auto seconds = static_cast<std::uint64_t>(value.tv_sec);
+    const auto nanoseconds = static_cast<std::uint64_t>(value.tv_nsec);
+    return static_cast<std::uint32_t>(seconds * 1000 + nanoseconds / 1'000'000);
+  }
+
+  SystemTime utcTime() const override {
+    const timespec value = now(CLOCK_REALTIME);
+    tm fields{};
+    gmtime_r(&value.tv_sec, &fields);
+    return fromTm(fields, value.tv_nsec);
+  }
+
+  SystemTime localTime() const override {
+    const timespec value = now(CLOCK_REALTIME);
+    tm fields{};
+    localtime_r(&value.tv_sec, &fields);
+    return fromTm(fields, value.tv_nsec);
+  }
+
+  int utcOffsetMinutes() const override {
+    const timespec value = now(CLOCK_REALTIME);
+    tm fields{};
+    localtime_r(&value.tv_sec, &fields);
+    return static_cast<int>(fields.tm_gmtoff / 60);
+  }
+};
+
+}  // namespace
+
+const Clock& machineClock() noexcept {
+  static const MachineClock clock;
+  return clock;
+}
+
+}  // namespace zantrel
