@@ -1,25 +1,34 @@
 # Language level, warnings and sanitizers of every target in this project: link zantrel_options.
+# Nothing here touches a global flag, so that a project which adds this one keeps its own.
 
-find_program(CCACHE_PROGRAM ccache)
-if(CCACHE_PROGRAM AND NOT CMAKE_CXX_COMPILER_LAUNCHER AND PROJECT_IS_TOP_LEVEL)
-  set(CMAKE_CXX_COMPILER_LAUNCHER ${CCACHE_PROGRAM})
-endif()
-
-if(NOT CMAKE_BUILD_TYPE AND NOT CMAKE_CONFIGURATION_TYPES AND PROJECT_IS_TOP_LEVEL)
-  set(CMAKE_BUILD_TYPE Release)
+if(PROJECT_IS_TOP_LEVEL)
+  find_program(CCACHE_PROGRAM ccache)
+  if(CCACHE_PROGRAM AND NOT CMAKE_CXX_COMPILER_LAUNCHER)
+    set(CMAKE_CXX_COMPILER_LAUNCHER ${CCACHE_PROGRAM})
+  endif()
+  if(NOT CMAKE_BUILD_TYPE AND NOT CMAKE_CONFIGURATION_TYPES)
+    set(CMAKE_BUILD_TYPE Release)
+  endif()
+  set(CMAKE_EXPORT_COMPILE_COMMANDS ON)
+  set(CMAKE_CXX_EXTENSIONS OFF)
 endif()
 
 add_library(zantrel_options INTERFACE)
 target_compile_features(zantrel_options INTERFACE cxx_std_20)
-target_compile_options(zantrel_options INTERFACE
-  -Wall -Wextra -Wpedantic -Wconversion -Wno-unknown-warning-option)
-if(ZANTREL_WERROR)
-  target_compile_options(zantrel_options INTERFACE -Werror)
+if(CMAKE_CXX_COMPILER_ID MATCHES "GNU|Clang")
+  target_compile_options(zantrel_options INTERFACE -Wall -Wextra -Wpedantic -Wconversion)
+  if(ZANTREL_WERROR)
+    target_compile_options(zantrel_options INTERFACE -Werror)
+  endif()
 endif()
 if(ZANTREL_SANITIZE)
   target_compile_options(zantrel_options INTERFACE
     -fsanitize=${ZANTREL_SANITIZE} -fno-omit-frame-pointer -fno-sanitize-recover=all)
   target_link_options(zantrel_options INTERFACE -fsanitize=${ZANTREL_SANITIZE})
+endif()
+if(ZANTREL_COVERAGE)
+  target_compile_options(zantrel_options INTERFACE --coverage)
+  target_link_options(zantrel_options INTERFACE --coverage)
 endif()
 if(MINGW)
   # GCC keeps the stack of 64-bit Windows aligned to 16 bytes only, yet spills 32- and 64-byte

@@ -39,11 +39,13 @@ int digit(char c) {
   throw std::runtime_error("not a hexadecimal digit in test data");
 }
 
+#ifndef _WIN32
 std::string quoted(const std::string& argument) {
   std::string out = "'";
   for (char c : argument) out += c == '\'' ? std::string("'\\''") : std::string(1, c);
   return out + "'";
 }
+#endif
 
 }  // namespace
 
@@ -122,11 +124,20 @@ std::string unescape(std::string_view text) {
       continue;
     }
     switch (kind) {
-      case 'r': out += '\r'; break;
-      case 'n': out += '\n'; break;
-      case 't': out += '\t'; break;
-      case '0': out += '\0'; break;
-      default: out += kind;
+      case 'r':
+        out += '\r';
+        break;
+      case 'n':
+        out += '\n';
+        break;
+      case 't':
+        out += '\t';
+        break;
+      case '0':
+        out += '\0';
+        break;
+      default:
+        out += kind;
     }
   }
   return out;
@@ -140,8 +151,8 @@ std::optional<std::string> corpusFolder() {
 
 TempFolder::TempFolder() {
   std::random_device random;
-  const fs::path folder =
-      fs::temp_directory_path() / ("zantrel-test-" + std::to_string(random()) + std::to_string(random()));
+  const fs::path folder = fs::temp_directory_path() /
+                          ("zantrel-test-" + std::to_string(random()) + std::to_string(random()));
   fs::create_directories(folder);
   const std::u8string name = folder.generic_u8string();
   path_.assign(name.begin(), name.end());
