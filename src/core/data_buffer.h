@@ -5,8 +5,10 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <cstring>
 
 #include "core/bytes.h"
+#include "core/guard_byte.h"
 #include "core/zantrel_object.h"
 
 namespace zantrel {
@@ -25,14 +27,20 @@ class DataBuffer final : public ZantrelObject {
   DataBuffer(DataBuffer&& other) noexcept;
   DataBuffer& operator=(DataBuffer&& other) noexcept;
 
-  std::uint32_t getSize() const;
-  std::uint32_t capacity() const;
+  std::uint32_t getSize() const {
+    guard_.check();
+    return size_;
+  }
+  std::uint32_t capacity() const { return capacity_; }
   /// First byte; may be null while the buffer is empty.
-  std::uint8_t* getData2() const;
+  std::uint8_t* getData2() const {
+    guard_.check();
+    return data_;
+  }
   /// Byte i, or null when i is not below the size.
   std::uint8_t* getDataAt2(std::uint32_t i) const;
-  ByteSpan bytes() const;
-  std::string_view text() const;
+  ByteSpan bytes() const { return {getData2(), size_}; }
+  std::string_view text() const { return asText(bytes()); }
 
   /// Size 0; the block is kept.
   void clear();
@@ -44,11 +52,23 @@ class DataBuffer final : public ZantrelObject {
   /// Null bytes or count 0 do nothing and succeed. The bytes may lie inside this buffer. If storage
   /// cannot be had the buffer drops all its content and the result is false (deliberate: a failed
   /// large allocation gives memory back at once). Sizes past 2^32-1 count as such a failure.
-  bool append(const void* bytes, std::size_t count);
-  bool append(const DataBuffer& other);
-  bool append(ByteSpan bytes);
-  bool append(std::string_view text);
-  bool appendChar(std::uint8_t byte);
+  bool append(const void* bytes, std::size_t count) {
+    guard_.check();
+    if (bytes == nullptr || count == 0) return true;
+    if (count > capacity_ - size_) return appendGrowing(bytes, count);
+    std::memmove(data_ + size_, bytes, count);
+    size_ += static_cast<std::uint32_t>(count);
+    return true;
+  }
+  bool append(const DataBuffer& other) { return append(other.data_, other.size_); }
+  bool append(ByteSpan bytes) { return append(bytes.data(), bytes.size()); }
+  bool append(std::string_view text) { return append(text.data(), text.size()); }
+  bool appendChar(std::uint8_t byte) {
+    guard_.check();
+    if (size_ == capacity_ && !growForChar()) return false;
+    data_[size_++] = byte;
+    return true;
+  }
 
   /// Room for `extra` more bytes with one exact allocation. Content is kept when it fails.
   bool reserve(std::size_t extra);
@@ -66,7 +86,7 @@ class DataBuffer final : public ZantrelObject {
 
   /// Adopts a block without owning it; it must outlive the buffer or the first growth.
   void borrowData(void* data, std::uint32_t count);
-  bool isBorrowed() const;
+  bool isBorrowed() const { return borrowed_; }
 
   /// Reverses every group of four bytes; a rest of 2 or 3 bytes is reversed as well.
   void byteSwap4321();
@@ -76,7 +96,8 @@ class DataBuffer final : public ZantrelObject {
   /// content, comments included (deliberate), up to the first zero byte.
   bool getXmlCharset(StringBuffer& out) const;
 
-  /// Replaces the content by a whole file's. After a failure the buffer is empty, the reason in log.
+  /// Replaces the content by a whole file's. After a failure the buffer is empty, the reason in
+  /// log.
   bool loadFileUtf8(const char* path, LogBase& log);
   /// Writes the content to a file; what stood there before survives a failure.
   bool saveToFileUtf8(const char* path, LogBase& log) const;
@@ -84,11 +105,14 @@ class DataBuffer final : public ZantrelObject {
   bool equals(const DataBuffer& other) const;
 
  private:
-  void checkGuard() const;
-  bool reallocate(std::size_t newCapacity);
+  bool appendGrowing(const void* bytes, std::size_t count);
+  bool growForChar();
+  bool growOrDrop(std::uint64_t needed, std::uint64_t wanted);
+  bool reallocate(std::uint64_t newCapacity);
+  void takeFrom(DataBuffer& other) noexcept;
   void release() noexcept;
 
-  std::uint8_t guard_ = 0xDB;
+  GuardByte<0xDB> guard_;
   bool borrowed_ = false;
   std::uint8_t* data_ = nullptr;
   std::uint32_t size_ = 0;

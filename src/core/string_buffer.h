@@ -1,12 +1,14 @@
 #pragma once
-// Growable NUL-terminated byte string, used for every internal text operation. Its content is UTF-8,
-// ANSI or any other 8-bit encoding, as its user decides.
+// Growable NUL-terminated byte string, used for every internal text operation. Its content is
+// UTF-8, ANSI or any other 8-bit encoding, as its user decides.
 
 #include <cstddef>
 #include <cstdint>
+#include <cstring>
 #include <string_view>
 
 #include "core/bytes.h"
+#include "core/guard_byte.h"
 #include "core/zantrel_object.h"
 
 namespace zantrel {
@@ -24,19 +26,42 @@ class StringBuffer final : public ZantrelObject {
   StringBuffer(StringBuffer&& other) noexcept;
   StringBuffer& operator=(StringBuffer&& other) noexcept;
 
-  const char* getString() const;
-  std::uint32_t getSize() const;
-  std::int32_t capacity() const;
+  /// An empty buffer with room for exactly `capacity` bytes and the terminator.
+  static StringBuffer withCapacity(std::size_t capacity);
+
+  const char* getString() const {
+    guard_.check();
+    return data_;
+  }
+  std::uint32_t getSize() const {
+    guard_.check();
+    return size_;
+  }
+  std::int32_t capacity() const { return capacity_; }
   bool empty() const { return getSize() == 0; }
-  std::string_view view() const;
+  std::string_view view() const { return {getString(), size_}; }
 
   /// Null or empty does nothing. When storage cannot be had nothing is appended and the result is
   /// false; so too when the size would pass 2^31-1. The text may lie inside this buffer.
   bool append(const char* text);
-  bool append(const void* bytes, std::size_t count);
-  bool append(const StringBuffer& other);
-  bool append(std::string_view text);
-  bool appendChar(char byte);
+  bool append(const void* bytes, std::size_t count) {
+    guard_.check();
+    if (bytes == nullptr || count == 0) return true;
+    if (count >= room()) return appendGrowing(bytes, count);
+    std::memmove(data_ + size_, bytes, count);
+    size_ += static_cast<std::uint32_t>(count);
+    data_[size_] = '\0';
+    return true;
+  }
+  bool append(const StringBuffer& other) { return append(other.data_, other.getSize()); }
+  bool append(std::string_view text) { return append(text.data(), text.size()); }
+  bool appendChar(char byte) {
+    guard_.check();
+    if (room() <= 1) return appendGrowing(&byte, 1);
+    data_[size_++] = byte;
+    data_[size_] = '\0';
+    return true;
+  }
   bool appendInt(std::int64_t value);
   /// Replaces the content; the text may lie inside this buffer.
   bool setString(const char* text);
@@ -90,15 +115,21 @@ class StringBuffer final : public ZantrelObject {
   bool hexStringToBinary(DataBuffer& out) const;
 
  private:
-  void checkGuard() const;
-  bool growFor(std::size_t n);
-  bool reallocate(std::size_t newCapacity);
+  struct NoStorage {};
+  explicit StringBuffer(NoStorage) noexcept;
+
+  /// Bytes behind the content, that of the terminator included.
+  std::uint32_t room() const noexcept { return static_cast<std::uint32_t>(capacity_) - size_; }
+  bool appendGrowing(const void* bytes, std::size_t count);
+  bool reallocate(std::uint64_t newCapacity);
+  void setSize(std::uint32_t size) noexcept;
+  void takeFrom(StringBuffer& other) noexcept;
   void release() noexcept;
 
-  std::uint8_t guard_ = 0xAA;
+  GuardByte<0xAA> guard_;
   std::uint8_t flag_ = 0;
   char* data_;
-  std::int32_t capacity_;
+  std::int32_t capacity_ = 0;
   std::uint32_t size_ = 0;
   std::int32_t growIncrement_ = 202;
 };
