@@ -1,0 +1,232 @@
+// Base64, RFC 4648 section 4; line breaks as RFC 2045 section 6.8 has them, at 72 characters unless
+// the caller says otherwise.
+//
+// Portable method: encoding looks up two characters at a time in a table of 4096 pairs and takes
+// six bytes a step. Decoding ORs four table words to three bytes; the words of characters that are
+// to be skipped or that end the text carry a flag, so clean runs cost one test per eight characters
+// and everything else goes through the character-by-character rule. Vector paths (base64_x86.cpp)
+// take the bulk where the processor has them; all paths give the same bytes for every input.
+
+#include "core/encode/base64.h"
+
+#include <array>
+#include <cstring>
+
+#include "core/data_buffer.h"
+#include "core/encode/base64_kernels.h"
+#include "core/encode/buffer_fill.h"
+#include "core/string_buffer.h"
+
+namespace zantrel {
+namespace {
+
+using base64::DecodeProgress;
+using base64::kAlphabet;
+using base64::kSkip;
+using base64::kStop;
+using base64::PartialGroup;
+
+struct CharPair {
+  char c[2];
+};
+
+constexpr auto kPairs = [] {
+  std::array<CharPair, 4096> pairs{};
+  for (unsigned i = 0; i < pairs.size(); ++i) pairs[i] = {{kAlphabet[i >> 6], kAlphabet[i & 63]}};
+  return pairs;
+}();
+
+constexpr auto kValues = [] {
+  std::array<std::uint8_t, 256> values{};
+  for (unsigned c = 0; c < values.size(); ++c) values[c] = base64::decodedValue(c);
+  return values;
+}();
+
+constexpr std::uint32_t kUnclean = 0x0100'0000;
+
+// kWords[k][c]: the bits that character c contributes as the k-th of its group; the first output
+// byte in the lowest eight bits.
+constexpr auto kWords = [] {
+  std::array<std::array<std::uint32_t, 256>, 4> words{};
+  for (unsigned c = 0; c < 256; ++c) {
+    const std::uint32_t v = kValues[c];
+    if (v > 63) {
+      for (auto& row : words) row[c] = kUnclean;
+      continue;
+    }
+    words[0][c] = v << 2;
+    words[1][c] = (v >> 4) | ((v & 15) << 12);
+    words[2][c] = ((v >> 2) << 8) | ((v & 3) << 22);
+    words[3][c] = v << 16;
+  }
+  return words;
+}();
+
+std::uint64_t loadBigEndian48(const std::uint8_t* p) noexcept {
+  return std::uint64_t{p[0]} << 40 | std::uint64_t{p[1]} << 32 | std::uint64_t{p[2]} << 24 |
+         std::uint64_t{p[3]} << 16 | std::uint64_t{p[4]} << 8 | p[5];
+}
+
+std::size_t encodePortable(const std::uint8_t* in, std::size_t size, char* out) noexcept {
+  const char* const start = out;
+  std::size_t i = 0;
+  for (; i + 6 <= size; i += 6, out += 8) {
+    const std::uint64_t bits = loadBigEndian48(in + i);
+    const CharPair quad[4] = {kPairs[bits >> 36], kPairs[bits >> 24 & 4095],
+                              kPairs[bits >> 12 & 4095], kPairs[bits & 4095]};
+    std::memcpy(out, quad, 8);
+  }
+  for (; i + 3 <= size; i += 3, out += 4) {
+    const std::uint32_t bits =
+        std::uint32_t{in[i]} << 16 | std::uint32_t{in[i + 1]} << 8 | in[i + 2];
+    std::memcpy(out, kPairs[bits >> 12].c, 2);
+    std::memcpy(out + 2, kPairs[bits & 4095].c, 2);
+  }
+  if (i + 1 == size) {
+    std::memcpy(out, kPairs[std::uint32_t{in[i]} << 4].c, 2);
+    out[2] = out[3] = '=';
+    out += 4;
+  } else if (i + 2 == size) {
+    std::memcpy(out, kPairs[std::uint32_t{in[i]} << 4 | in[i + 1] >> 4].c, 2);
+    out[2] = kAlphabet[(in[i + 1] & 15) << 2];
+    out[3] = '=';
+    out += 4;
+  }
+  return static_cast<std::size_t>(out - start);
+}
+
+std::uint32_t groupWord(const char* in) noexcept {
+  const auto at = [in](std::size_t k) { return kWords[k][static_cast<unsigned char>(in[k])]; };
+  return at(0) | at(1) | at(2) | at(3);
+}
+
+void storeGroup(std::uint32_t word, std::uint8_t* out) noexcept {
+  out[0] = static_cast<std::uint8_t>(word);
+  out[1] = static_cast<std::uint8_t>(word >> 8);
+  out[2] = static_cast<std::uint8_t>(word >> 16);
+}
+
+// Groups of four without anything to skip; stops in front of the first group that has.
+DecodeProgress decodeCleanGroups(const char* in, std::size_t size, std::uint8_t* out) noexcept {
+  std::size_t i = 0;
+  for (; i + 8 <= size; i += 8, out += 6) {
+    const std::uint32_t first = groupWord(in + i);
+    const std::uint32_t second = groupWord(in + i + 4);
+    if (((first | second) & kUnclean) != 0) break;
+    storeGroup(first, out);
+    storeGroup(second, out + 3);
+  }
+  for (; i + 4 <= size; i += 4, out += 3) {
+    const std::uint32_t word = groupWord(in + i);
+    if ((word & kUnclean) != 0) break;
+    storeGroup(word, out);
+  }
+  return {i, i / 4 * 3, false};
+}
+
+// Character by character, up to the end of the next complete group.
+DecodeProgress decodeOneGroup(const char* in, std::size_t size, PartialGroup& group,
+                              std::uint8_t* out) noexcept {
+  for (std::size_t i = 0; i < size; ++i) {
+    const std::uint8_t value = kValues[static_cast<unsigned char>(in[i])];
+    if (value == kStop) return {i, 0, true};
+    if (value == kSkip) continue;
+    group.bits = group.bits << 6 | value;
+    if (++group.count < 4) continue;
+    out[0] = static_cast<std::uint8_t>(group.bits >> 16);
+    out[1] = static_cast<std::uint8_t>(group.bits >> 8);
+    out[2] = static_cast<std::uint8_t>(group.bits);
+    group = {};
+    return {i + 1, 3, false};
+  }
+  return {size, 0, false};
+}
+
+// The whole bytes of an incomplete group: two characters hold one, three hold two.
+std::size_t finishGroup(const PartialGroup& group, std::uint8_t* out) noexcept {
+  if (group.count == 2) {
+    out[0] = static_cast<std::uint8_t>(group.bits >> 4);
+    return 1;
+  }
+  if (group.count == 3) {
+    out[0] = static_cast<std::uint8_t>(group.bits >> 10);
+    out[1] = static_cast<std::uint8_t>(group.bits >> 2);
+    return 2;
+  }
+  return 0;
+}
+
+std::size_t groupsPerLine(int maxLineLength) noexcept {
+  return maxLineLength < 4 ? 1 : (static_cast<std::size_t>(maxLineLength) + 3) / 4;
+}
+
+}  // namespace
+
+std::size_t base64EncodedSize(std::size_t bytes) noexcept {
+  return clampSize((std::uint64_t{bytes} + 2) / 3 * 4);
+}
+
+std::size_t base64Encode(ByteSpan in, char* out) noexcept {
+  return encodePortable(in.data(), in.size(), out);
+}
+
+std::size_t base64LinesSize(std::size_t bytes, int maxLineLength) noexcept {
+  const std::uint64_t groups = (std::uint64_t{bytes} + 2) / 3;
+  return clampSize(groups * 4 + groups / groupsPerLine(maxLineLength) * 2);
+}
+
+std::size_t base64EncodeLines(ByteSpan in, int maxLineLength, char* out) noexcept {
+  const std::size_t lineGroups = groupsPerLine(maxLineLength);
+  const char* const start = out;
+  while (!in.empty()) {
+    const ByteSpan line = in.first(in.size() < lineGroups * 3 ? in.size() : lineGroups * 3);
+    in = in.subspan(line.size());
+    const std::size_t written = base64Encode(line, out);
+    out += written;
+    if (written < lineGroups * 4) break;
+    *out++ = '\r';
+    *out++ = '\n';
+  }
+  return static_cast<std::size_t>(out - start);
+}
+
+std::size_t base64DecodedMaxSize(std::size_t characters) noexcept {
+  return characters / 4 * 3 + 3;
+}
+
+std::size_t base64Decode(std::string_view in, std::uint8_t* out) noexcept {
+  const std::uint8_t* const start = out;
+  PartialGroup group;
+  const char* p = in.data();
+  std::size_t left = in.size();
+  const auto advance = [&](const DecodeProgress& step) {
+    p += step.consumed;
+    left -= step.consumed;
+    out += step.produced;
+    return !step.stopped;
+  };
+  while (left > 0) {
+    if (!advance(decodeCleanGroups(p, left, out))) break;
+    if (!advance(decodeOneGroup(p, left, group, out))) break;
+  }
+  out += finishGroup(group, out);
+  return static_cast<std::size_t>(out - start);
+}
+
+bool base64Encode(ByteSpan in, StringBuffer& out) {
+  return appendFilled(out, base64EncodedSize(in.size()),
+                      [in](char* room) { return base64Encode(in, room); });
+}
+
+bool base64EncodeLines(ByteSpan in, int maxLineLength, StringBuffer& out) {
+  return appendFilled(out, base64LinesSize(in.size(), maxLineLength),
+                      [&](char* room) { return base64EncodeLines(in, maxLineLength, room); });
+}
+
+bool base64Decode(std::string_view in, DataBuffer& out) {
+  if (in.empty()) return true;
+  return appendFilled(out, base64DecodedMaxSize(in.size()),
+                      [in](std::uint8_t* room) { return base64Decode(in, room); });
+}
+
+}  // namespace zantrel
