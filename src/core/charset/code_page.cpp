@@ -5,6 +5,7 @@
 
 #include "core/charset/single_byte.h"
 #include "core/charset/tables/single_byte_tables.h"
+#include "core/charset/unicode_codecs.h"
 
 namespace zantrel {
 
@@ -32,6 +33,8 @@ constexpr CodePage kPages[] = {
     single<kPage1141>(1141), single<kPage1142>(1142), single<kPage1143>(1143),
     single<kPage1144>(1144), single<kPage1145>(1145), single<kPage1146>(1146),
     single<kPage1147>(1147), single<kPage1148>(1148), single<kPage1149>(1149),
+    {1200, makeUtf16LeDecoder, makeUtf16LeEncoder},
+    {1201, makeUtf16BeDecoder, makeUtf16BeEncoder},
     single<kPage1250>(1250), single<kPage1251>(1251), single<kPage1252>(1252),
     single<kPage1253>(1253), single<kPage1254>(1254), single<kPage1255>(1255),
     single<kPage1256>(1256), single<kPage1257>(1257), single<kPage1258>(1258),
@@ -53,6 +56,9 @@ constexpr CodePage kPages[] = {
     single<kPage28597>(28597), single<kPage28598>(28598), single<kPage28599>(28599),
     single<kPage28603>(28603), single<kPage28605>(28605), single<kPage29001>(29001),
     single<kPage38598>(38598), single<kPage50000>(50000),
+    {65001, makeUtf8Decoder, makeUtf8Encoder},
+    {65005, makeUtf32LeDecoder, makeUtf32LeEncoder},
+    {65006, makeUtf32BeDecoder, makeUtf32BeEncoder},
 };
 // clang-format on
 

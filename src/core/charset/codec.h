@@ -37,6 +37,8 @@ class Decoder {
   virtual CodecResult decode(ByteSpan in, bool last, std::span<char16_t> out) = 0;
   /// Back to the state at the start of a text.
   virtual void reset() {}
+  /// A copy in the same state; null from a decoder that keeps none between calls.
+  virtual std::unique_ptr<Decoder> clone() const { return nullptr; }
 };
 
 class Encoder {

@@ -15,13 +15,13 @@ namespace zantrel {
 /// What becomes of a character that the target cannot represent, and of bytes that are not valid in
 /// the source. The numbers are those of the Charset component's ErrorAction.
 enum class ErrorAction : std::int32_t {
-  Substitute = 0,   ///< "?" (U+FFFD in Unicode targets); the conversion reports false
-  Drop = 1,         ///< leave it out
-  DefaultBytes = 2, ///< write the configured default bytes
-  HexEntity = 3,    ///< "&#xHHHH;"
-  DecEntity = 4,    ///< "&#DDDD;"
-  AltCharset = 5,   ///< write the character's bytes in the alternative charset
-  Fail = 6,         ///< stop at once; the output holds what stood before it
+  Substitute = 0,    ///< "?" (U+FFFD in Unicode targets); the conversion reports false
+  Drop = 1,          ///< leave it out
+  DefaultBytes = 2,  ///< write the configured default bytes
+  HexEntity = 3,     ///< "&#xHHHH;"
+  DecEntity = 4,     ///< "&#DDDD;"
+  AltCharset = 5,    ///< write the character's bytes in the alternative charset
+  Fail = 6,          ///< stop at once; the output holds what stood before it
 };
 
 struct ConvertOptions {

@@ -1,0 +1,176 @@
+// UTF-8 and UTF-16, portable path.
+//
+// Standard: The Unicode Standard 15.0, section 3.9 (D91, D92, table 3-7) and the recommendation on
+// "U+FFFD Substitution of Maximal Subparts" there. The portable loops step over ASCII eight bytes
+// or four units at a time and take everything else one character at a time.
+
+#include "core/charset/utf8_utf16.h"
+
+#include <cstring>
+
+namespace zantrel {
+namespace {
+
+constexpr std::uint64_t kHighBits = 0x8080808080808080u;
+constexpr std::uint64_t kNonAsciiUnits = 0xFF80FF80FF80FF80u;
+
+/// Second bytes that a lead byte allows, and how many continuation bytes it needs (0: not a lead).
+struct Lead {
+  std::uint8_t continuations;
+  std::uint8_t lowest;
+  std::uint8_t highest;
+};
+
+constexpr Lead leadOf(std::uint8_t byte) noexcept {
+  if (byte < 0xC2 || byte > 0xF4) return {0, 0, 0};
+  if (byte < 0xE0) return {1, 0x80, 0xBF};
+  if (byte == 0xE0) return {2, 0xA0, 0xBF};
+  if (byte == 0xED) return {2, 0x80, 0x9F};
+  if (byte < 0xF0) return {2, 0x80, 0xBF};
+  if (byte == 0xF0) return {3, 0x90, 0xBF};
+  if (byte == 0xF4) return {3, 0x80, 0x8F};
+  return {3, 0x80, 0xBF};
+}
+
+CodecResult stopAt(std::size_t consumed, std::size_t produced, CodecStop stop,
+                   std::size_t badLength = 0) noexcept {
+  return {consumed, produced, stop, static_cast<std::uint8_t>(badLength)};
+}
+
+}  // namespace
+
+namespace utf_portable {
+
+CodecResult utf8ToUtf16(ByteSpan in, bool last, std::span<char16_t> out) noexcept {
+  const std::uint8_t* const bytes = in.data();
+  const std::size_t size = in.size();
+  char16_t* const units = out.data();
+  const std::size_t room = out.size();
+  std::size_t i = 0;
+  std::size_t o = 0;
+  while (i < size) {
+    if (bytes[i] < 0x80) {
+      while (size - i >= 8 && room - o >= 8) {
+        std::uint64_t word;
+        std::memcpy(&word, bytes + i, 8);
+        if ((word & kHighBits) != 0) break;
+        for (std::size_t k = 0; k < 8; ++k) units[o + k] = bytes[i + k];
+        i += 8;
+        o += 8;
+      }
+      if (i == size) break;
+      if (bytes[i] < 0x80) {
+        if (o == room) return stopAt(i, o, CodecStop::OutputFull);
+        units[o++] = bytes[i++];
+        continue;
+      }
+    }
+    const std::uint8_t first = bytes[i];
+    const Lead lead = leadOf(first);
+    if (lead.continuations == 0) return stopAt(i, o, CodecStop::Invalid, 1);
+    std::uint32_t character = first & (0x3Fu >> lead.continuations);
+    for (std::size_t k = 1; k <= lead.continuations; ++k) {
+      if (i + k == size)
+        return last ? stopAt(i, o, CodecStop::Invalid, k) : stopAt(i, o, CodecStop::Truncated);
+      const std::uint8_t byte = bytes[i + k];
+      const std::uint8_t lowest = k == 1 ? lead.lowest : 0x80;
+      const std::uint8_t highest = k == 1 ? lead.highest : 0xBF;
+      if (byte < lowest || byte > highest) return stopAt(i, o, CodecStop::Invalid, k);
+      character = (character << 6) | (byte & 0x3Fu);
+    }
+    if (character < 0x10000) {
+      if (o == room) return stopAt(i, o, CodecStop::OutputFull);
+      units[o++] = static_cast<char16_t>(character);
+    } else {
+      if (room - o < 2) return stopAt(i, o, CodecStop::OutputFull);
+      units[o++] = static_cast<char16_t>(0xD7C0 + (character >> 10));
+      units[o++] = static_cast<char16_t>(0xDC00 + (character & 0x3FF));
+    }
+    i += 1u + lead.continuations;
+  }
+  return stopAt(i, o, CodecStop::InputEnd);
+}
+
+CodecResult utf16ToUtf8(std::span<const char16_t> in, bool last,
+                        std::span<std::uint8_t> out) noexcept {
+  const char16_t* const units = in.data();
+  const std::size_t size = in.size();
+  std::uint8_t* const bytes = out.data();
+  const std::size_t room = out.size();
+  std::size_t i = 0;
+  std::size_t o = 0;
+  while (i < size) {
+    const std::uint32_t unit = units[i];
+    if (unit < 0x80) {
+      while (size - i >= 4 && room - o >= 4) {
+        std::uint64_t word;
+        std::memcpy(&word, units + i, 8);
+        if ((word & kNonAsciiUnits) != 0) break;
+        for (std::size_t k = 0; k < 4; ++k) bytes[o + k] = static_cast<std::uint8_t>(units[i + k]);
+        i += 4;
+        o += 4;
+      }
+      if (i == size) break;
+      if (units[i] < 0x80) {
+        if (o == room) return stopAt(i, o, CodecStop::OutputFull);
+        bytes[o++] = static_cast<std::uint8_t>(units[i++]);
+      }
+      continue;
+    }
+    if (unit < 0x800) {
+      if (room - o < 2) return stopAt(i, o, CodecStop::OutputFull);
+      bytes[o] = static_cast<std::uint8_t>(0xC0 | (unit >> 6));
+      bytes[o + 1] = static_cast<std::uint8_t>(0x80 | (unit & 0x3F));
+      o += 2;
+      ++i;
+      continue;
+    }
+    if ((unit & 0xF800) != 0xD800) {
+      if (room - o < 3) return stopAt(i, o, CodecStop::OutputFull);
+      bytes[o] = static_cast<std::uint8_t>(0xE0 | (unit >> 12));
+      bytes[o + 1] = static_cast<std::uint8_t>(0x80 | ((unit >> 6) & 0x3F));
+      bytes[o + 2] = static_cast<std::uint8_t>(0x80 | (unit & 0x3F));
+      o += 3;
+      ++i;
+      continue;
+    }
+    if (unit >= 0xDC00) return stopAt(i, o, CodecStop::Invalid, 1);
+    if (i + 1 == size)
+      return last ? stopAt(i, o, CodecStop::Invalid, 1) : stopAt(i, o, CodecStop::Truncated);
+    const std::uint32_t low = units[i + 1];
+    if ((low & 0xFC00) != 0xDC00) return stopAt(i, o, CodecStop::Invalid, 1);
+    if (room - o < 4) return stopAt(i, o, CodecStop::OutputFull);
+    const std::uint32_t character = 0x10000 + ((unit - 0xD800) << 10) + (low - 0xDC00);
+    bytes[o] = static_cast<std::uint8_t>(0xF0 | (character >> 18));
+    bytes[o + 1] = static_cast<std::uint8_t>(0x80 | ((character >> 12) & 0x3F));
+    bytes[o + 2] = static_cast<std::uint8_t>(0x80 | ((character >> 6) & 0x3F));
+    bytes[o + 3] = static_cast<std::uint8_t>(0x80 | (character & 0x3F));
+    o += 4;
+    i += 2;
+  }
+  return stopAt(i, o, CodecStop::InputEnd);
+}
+
+}  // namespace utf_portable
+
+CodecResult utf8ToUtf16(ByteSpan in, bool last, std::span<char16_t> out) noexcept {
+  return utf_portable::utf8ToUtf16(in, last, out);
+}
+
+CodecResult utf16ToUtf8(std::span<const char16_t> in, bool last,
+                        std::span<std::uint8_t> out) noexcept {
+  return utf_portable::utf16ToUtf8(in, last, out);
+}
+
+std::size_t swapUnits(ByteSpan in, std::uint8_t* out) noexcept {
+  const std::size_t size = in.size() & ~std::size_t{1};
+  std::size_t i = 0;
+  for (; i < size; i += 2) {
+    const std::uint8_t first = in[i];
+    out[i] = in[i + 1];
+    out[i + 1] = first;
+  }
+  return size;
+}
+
+}  // namespace zantrel
