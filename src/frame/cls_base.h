@@ -23,9 +23,8 @@ class ClsBase : public ZantrelObject {
   virtual bool reservedQuery1() const { return false; }
   virtual bool reservedQuery2() const { return false; }
 
-  /// Whether the object is a living component: refuses a destroyed or foreign object that comes in
-  /// through a handle.
-  bool isValid() const { return stamp_ == kAlive; }
+  /// Whether a handle leads to a living component: refuses a destroyed or foreign object.
+  static bool isValid(const ClsBase* handle);
 
   /// The activity log of the most recent method.
   Logger& log() { return log_; }

@@ -1,0 +1,35 @@
+#pragma once
+// Text that a component writes in a charset its caller has named.
+
+#include <cstdint>
+#include <string_view>
+
+namespace zantrel {
+
+class DataBuffer;
+class LogBase;
+class XString;
+
+/// A charset name as callers give it: "bom:" in front asks for a byte-order mark.
+struct CharsetRequest {
+  std::string_view name;  ///< trimmed, without the prefix; a part of the text that was parsed
+  int codePage = 0;       ///< 0 for an unknown name
+  bool byteOrderMark = false;
+
+  static CharsetRequest parse(std::string_view text);
+};
+
+/// Where a method's charset comes from: only a property of that name can be hinted at.
+enum class CharsetOrigin : std::uint8_t { Argument, CharsetProperty };
+
+/// Appends the byte-order mark of a Unicode code page; the others have none.
+bool appendByteOrderMark(int codePage, DataBuffer& out);
+
+/// Appends the text in the requested charset. An unknown charset is logged by name and nothing is
+/// appended; a conversion that lost something is logged with its figures, its output is there all
+/// the same. Both are false. Code page 28591 is written as 1252 (deliberate: what is called Latin-1
+/// commonly is the Windows page).
+bool textToCharset(const XString& text, const CharsetRequest& charset, CharsetOrigin origin,
+                   DataBuffer& out, LogBase& log);
+
+}  // namespace zantrel
