@@ -417,7 +417,7 @@ def facade(component):
     if any(m.what == "property" and m.has_field for m in component.members):
         out.append(f"using zantrel::{component.settings};")
     out.append(f"using zantrel::{component.native};")
-    base = "Value" if component.value else "Component"
+    base = "Value" if component.value else "Holder"
     out += ["", f"struct {name}::Impl final : facade::{base}<{component.native}> {{}};", "",
             f"{name}::{name}() noexcept : impl_(facade::create<Impl>()) {{}}"]
     if component.value:
@@ -437,20 +437,21 @@ def facade(component):
 
 def property_facade(component, member):
     result, into = TYPES[member.type].result, TYPES[member.type].into
-    head = f"{result} {component.name}::get_{member.name}() const"
-    if member.common:
-        get, put = f"facade::get_{member.name}(impl_)", f"facade::put_{member.name}(impl_, value)"
-    else:
+    impl = ["impl_"] if member.common else ["impl_", f'"{member.name}"']
+    get, put = f"get_{member.name}", f"put_{member.name}"
+    getter, setter = [], []
+    if not member.common:
         field = f"&{component.settings}::{member.field}"
         native = f"&{component.native}::"
-        get = f"facade::get<{result}>(impl_, {field if member.has_field else native + 'get_' + member.name})"
-        put = f"facade::put(impl_, {field}, value)"
-        if member.put_result == "bool":
-            put = f'facade::put(impl_, "{member.name}", {native}put_{member.name}, value)'
-    out = [f"{head} {{", f"  return {get};", "}"]
+        getter = [field if member.has_field else f"{native}{get}"]
+        setter = [f"{native}{put}" if member.put_result == "bool" else field]
+        get, put = f"get<{result}>", "put"
+    out = [f"{result} {component.name}::get_{member.name}() const {{"]
+    out += breakable(f"  return facade::{get}", impl + getter, ";") + ["}"]
     if member.writable:
-        out += ["", f"{member.put_result} {component.name}::put_{member.name}({into} value) {{",
-                f"  {'return ' if member.put_result == 'bool' else ''}{put};", "}"]
+        returns = "return " if member.put_result == "bool" else ""
+        out += ["", f"{member.put_result} {component.name}::put_{member.name}({into} value) {{"]
+        out += breakable(f"  {returns}facade::{put}", impl + setter + ["value"], ";") + ["}"]
     return out
 
 

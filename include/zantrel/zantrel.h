@@ -4,3 +4,4 @@
 
 #include <zantrel/charset.h>
 #include <zantrel/types.h>
+#include <zantrel/zt_string.h>
