@@ -24,7 +24,6 @@ using base64::DecodeProgress;
 using base64::kAlphabet;
 using base64::kSkip;
 using base64::kStop;
-using base64::PartialGroup;
 
 struct CharPair {
   char c[2];
@@ -124,6 +123,12 @@ DecodeProgress decodeCleanGroups(const char* in, std::size_t size, std::uint8_t*
   return {i, i / 4 * 3, false};
 }
 
+/// Values read so far of a group of four that is not complete yet.
+struct PartialGroup {
+  std::uint32_t bits = 0;
+  unsigned count = 0;
+};
+
 // Character by character, up to the end of the next complete group.
 DecodeProgress decodeOneGroup(const char* in, std::size_t size, PartialGroup& group,
                               std::uint8_t* out) noexcept {
@@ -156,6 +161,35 @@ std::size_t finishGroup(const PartialGroup& group, std::uint8_t* out) noexcept {
   return 0;
 }
 
+// What the processor at hand runs; null where the portable code does all.
+struct Paths {
+  std::size_t (*encode)(const std::uint8_t* in, std::size_t size, char* out) noexcept = nullptr;
+  DecodeProgress (*decodeClean)(const char* in, std::size_t size,
+                                std::uint8_t* out) noexcept = decodeCleanGroups;
+  std::size_t (*decodeAll)(const char* in, std::size_t size, std::uint8_t* out) noexcept = nullptr;
+};
+
+Paths choosePaths() noexcept {
+  Paths paths;
+#if defined(ZT_X86_64)
+  const CpuFeatures& cpu = cpuFeatures();
+  if (cpu.avx512) {
+    paths.encode = base64::encodeAvx512;
+    paths.decodeAll = base64::decodeAvx512;
+  } else if (cpu.avx2) {
+    paths.encode = base64::encodeAvx2;
+    paths.decodeClean = base64::decodeCleanAvx2;
+  }
+#endif
+  return paths;
+}
+
+std::size_t encodeWith(const Paths& paths, ByteSpan in, char* out) noexcept {
+  const std::size_t bulk = paths.encode == nullptr ? 0 : paths.encode(in.data(), in.size(), out);
+  const std::size_t written = bulk / 3 * 4;
+  return written + encodePortable(in.data() + bulk, in.size() - bulk, out + written);
+}
+
 std::size_t groupsPerLine(int maxLineLength) noexcept {
   return maxLineLength < 4 ? 1 : (static_cast<std::size_t>(maxLineLength) + 3) / 4;
 }
@@ -167,7 +201,7 @@ std::size_t base64EncodedSize(std::size_t bytes) noexcept {
 }
 
 std::size_t base64Encode(ByteSpan in, char* out) noexcept {
-  return encodePortable(in.data(), in.size(), out);
+  return encodeWith(choosePaths(), in, out);
 }
 
 std::size_t base64LinesSize(std::size_t bytes, int maxLineLength) noexcept {
@@ -176,12 +210,13 @@ std::size_t base64LinesSize(std::size_t bytes, int maxLineLength) noexcept {
 }
 
 std::size_t base64EncodeLines(ByteSpan in, int maxLineLength, char* out) noexcept {
+  const Paths paths = choosePaths();
   const std::size_t lineGroups = groupsPerLine(maxLineLength);
   const char* const start = out;
   while (!in.empty()) {
     const ByteSpan line = in.first(in.size() < lineGroups * 3 ? in.size() : lineGroups * 3);
     in = in.subspan(line.size());
-    const std::size_t written = base64Encode(line, out);
+    const std::size_t written = encodeWith(paths, line, out);
     out += written;
     if (written < lineGroups * 4) break;
     *out++ = '\r';
@@ -195,6 +230,8 @@ std::size_t base64DecodedMaxSize(std::size_t characters) noexcept {
 }
 
 std::size_t base64Decode(std::string_view in, std::uint8_t* out) noexcept {
+  const Paths paths = choosePaths();
+  if (paths.decodeAll != nullptr) return paths.decodeAll(in.data(), in.size(), out);
   const std::uint8_t* const start = out;
   PartialGroup group;
   const char* p = in.data();
@@ -206,7 +243,10 @@ std::size_t base64Decode(std::string_view in, std::uint8_t* out) noexcept {
     return !step.stopped;
   };
   while (left > 0) {
-    if (!advance(decodeCleanGroups(p, left, out))) break;
+    if (group.count == 0) {
+      advance(paths.decodeClean(p, left, out));
+      advance(decodeCleanGroups(p, left, out));
+    }
     if (!advance(decodeOneGroup(p, left, group, out))) break;
   }
   out += finishGroup(group, out);

@@ -5,7 +5,7 @@
 #include <cstddef>
 #include <cstdint>
 
-#include "core/bytes.h"
+#include "platform/cpu_features.h"
 
 namespace zantrel::base64 {
 
@@ -26,16 +26,21 @@ constexpr std::uint8_t decodedValue(unsigned c) noexcept {
   return 0;  // deliberate: other characters inside the range count as "A"
 }
 
-/// Values read so far of a group of four that is not complete yet.
-struct PartialGroup {
-  std::uint32_t bits = 0;
-  unsigned count = 0;
-};
-
 struct DecodeProgress {
   std::size_t consumed = 0;
   std::size_t produced = 0;
   bool stopped = false;  ///< "=" or a zero byte was met
 };
+
+#if defined(ZT_X86_64)
+/// Encode the bulk of the whole groups of three and return how many bytes of input they took.
+std::size_t encodeAvx2(const std::uint8_t* in, std::size_t size, char* out) noexcept;
+std::size_t encodeAvx512(const std::uint8_t* in, std::size_t size, char* out) noexcept;
+
+/// Decodes groups of four up to the first block that holds anything but digits of the alphabet.
+DecodeProgress decodeCleanAvx2(const char* in, std::size_t size, std::uint8_t* out) noexcept;
+/// Decodes the whole text by the whole rule and returns the bytes written.
+std::size_t decodeAvx512(const char* in, std::size_t size, std::uint8_t* out) noexcept;
+#endif
 
 }  // namespace zantrel::base64

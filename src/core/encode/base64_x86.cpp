@@ -1,0 +1,247 @@
+// Base64 on vectors.
+//
+// AVX2: the method of Mula and Lemire, "Faster Base64 Encoding and Decoding using AVX2
+// Instructions" (ACM Transactions on the Web, 2018): multiplications move the six-bit fields into
+// place, byte shuffles serve as tables. AVX-512 VBMI: one permutation places the bytes, one
+// multishift cuts the fields, one permutation is the alphabet; the other way, a table of 128
+// entries in two registers maps characters to values.
+//
+// The AVX-512 decoder covers the lenient rule completely. Blocks of digits alone go straight to the
+// output; from the first other block on, values are compressed into a staging area in first-level
+// cache and packed from there, so that line breaks cost next to nothing.
+
+#include "core/encode/base64_kernels.h"
+
+#if defined(ZT_X86_64)
+
+#include <array>
+
+#include "platform/x86_intrinsics.h"
+
+namespace zantrel::base64 {
+namespace {
+
+// --- AVX2 ---
+
+ZT_TARGET_AVX2 inline __m256i lanes(const void* p) noexcept {
+  return _mm256_broadcastsi128_si256(_mm_loadu_si128(static_cast<const __m128i*>(p)));
+}
+
+// In each 128-bit lane 12 bytes, spread so that every 32 bits hold the three bytes of one group as
+// b1 b0 b2 b1, become 16 six-bit values.
+ZT_TARGET_AVX2 inline __m256i cutFields(__m256i groups) noexcept {
+  const __m256i odd = _mm256_mulhi_epu16(_mm256_and_si256(groups, _mm256_set1_epi32(0x0FC0FC00)),
+                                         _mm256_set1_epi32(0x04000040));
+  const __m256i even = _mm256_mullo_epi16(_mm256_and_si256(groups, _mm256_set1_epi32(0x003F03F0)),
+                                          _mm256_set1_epi32(0x01000010));
+  return _mm256_or_si256(odd, even);
+}
+
+// Offset from value to character, by a class of the value: 13 for A..Z, 0 for a..z, 1..10 for the
+// digits, 11 and 12 for "+" and "/".
+alignas(16) constexpr char kEncodeOffsets[16] = {
+    'a' - 26, '0' - 52, '0' - 52, '0' - 52, '0' - 52, '0' - 52, '0' - 52, '0' - 52,
+    '0' - 52, '0' - 52, '0' - 52, '+' - 62, '/' - 63, 'A',      0,        0};
+
+alignas(16) constexpr std::uint8_t kSpread[16] = {1, 0, 2, 1, 4,  3, 5,  4,
+                                                  7, 6, 8, 7, 10, 9, 11, 10};
+
+// Tables by high and low nibble: a character is a digit of the alphabet when the two entries share
+// no bit. Offsets from character to value by high nibble, with "/" moved to entry 1.
+alignas(16) constexpr std::uint8_t kClassByLow[16] = {
+    0x15, 0x11, 0x11, 0x11, 0x11, 0x11, 0x11, 0x11, 0x11, 0x11, 0x13, 0x1A, 0x1B, 0x1B, 0x1B, 0x1A};
+alignas(16) constexpr std::uint8_t kClassByHigh[16] = {
+    0x10, 0x10, 0x01, 0x02, 0x04, 0x08, 0x04, 0x08, 0x10, 0x10, 0x10, 0x10, 0x10, 0x10, 0x10, 0x10};
+alignas(16) constexpr signed char kDecodeOffsets[16] = {0, 16, 19, 4, -65, -65, -71, -71,
+                                                        0, 0,  0,  0, 0,   0,   0,   0};
+alignas(16) constexpr signed char kGather[16] = {2, 1,  0,  6,  5,  4,  10, 9,
+                                                 8, 14, 13, 12, -1, -1, -1, -1};
+
+// --- AVX-512 ---
+
+constexpr std::uint8_t kUncleanFlag = 0x80;
+
+using Table64 = std::array<std::uint8_t, 64>;
+
+// Byte 4g + k of the spread block comes from byte 3g + {1, 0, 2, 1}[k].
+alignas(64) constexpr Table64 kSpread512 = [] {
+  Table64 table{};
+  for (unsigned i = 0; i < 64; ++i)
+    table[i] = static_cast<std::uint8_t>(i / 4 * 3 + std::array{1U, 0U, 2U, 1U}[i % 4]);
+  return table;
+}();
+
+// Where the four fields start in 32 spread bits, for both halves of 64.
+alignas(64) constexpr Table64 kFieldShifts = [] {
+  Table64 table{};
+  for (unsigned i = 0; i < 64; ++i)
+    table[i] = static_cast<std::uint8_t>(std::array{10U, 4U, 22U, 16U}[i % 4] + i / 4 % 2 * 32);
+  return table;
+}();
+
+// Byte 3g + k of the output is byte 4g + 2 - k of the joined groups.
+alignas(64) constexpr Table64 kGather512 = [] {
+  Table64 table{};
+  for (unsigned i = 0; i < 48; ++i) table[i] = static_cast<std::uint8_t>(i / 3 * 4 + 2 - i % 3);
+  return table;
+}();
+
+alignas(64) constexpr std::array<std::uint8_t, 128> kDecodeTable = [] {
+  std::array<std::uint8_t, 128> table{};
+  for (unsigned c = 0; c < 128; ++c) {
+    const std::uint8_t value = decodedValue(c);
+    table[c] = value < 64 ? value : kUncleanFlag;
+  }
+  return table;
+}();
+
+ZT_TARGET_AVX512 inline __m512i load(const void* p) noexcept {
+  return _mm512_loadu_si512(p);
+}
+
+constexpr std::uint64_t lowBits(std::size_t count) noexcept {
+  return count >= 64 ? ~std::uint64_t{0} : (std::uint64_t{1} << count) - 1;
+}
+
+// 64 values to 48 bytes.
+ZT_TARGET_AVX512 inline __m512i pack(__m512i values, __m512i gather) noexcept {
+  const __m512i pairs = _mm512_maddubs_epi16(values, _mm512_set1_epi32(0x01400140));
+  const __m512i groups = _mm512_madd_epi16(pairs, _mm512_set1_epi32(0x00011000));
+  return _mm512_maskz_permutexvar_epi8(lowBits(48), gather, groups);
+}
+
+// The lenient rule on any text: values collect in a staging area that is packed when it is full.
+class LenientDecoder {
+ public:
+  ZT_TARGET_AVX512 explicit LenientDecoder(std::uint8_t* out) noexcept : out_(out) {}
+
+  ZT_TARGET_AVX512 std::uint8_t* run(const char* in, std::size_t size) noexcept {
+    const __m512i tableLow = load(kDecodeTable.data());
+    const __m512i tableHigh = load(kDecodeTable.data() + 64);
+    for (std::size_t i = 0; i < size; i += 64) {
+      const std::uint64_t present = lowBits(size - i);
+      const __m512i text = _mm512_maskz_loadu_epi8(present, in + i);
+      const __m512i values = _mm512_permutex2var_epi8(tableLow, text, tableHigh);
+      std::uint64_t wanted = present & ~_mm512_movepi8_mask(_mm512_or_si512(text, values));
+      const std::uint64_t stops = present & (_mm512_cmpeq_epi8_mask(text, _mm512_set1_epi8('=')) |
+                                             _mm512_testn_epi8_mask(text, text));
+      if (stops != 0) wanted &= (stops & (0 - stops)) - 1;
+      _mm512_storeu_si512(staged_ + count_, _mm512_maskz_compress_epi8(wanted, values));
+      count_ += static_cast<std::size_t>(_mm_popcnt_u64(wanted));
+      if (stops != 0) break;
+      if (count_ >= kStaged) packFullBlocks();
+    }
+    packFullBlocks();
+    // Of an incomplete group only the whole bytes count.
+    const std::size_t rest = count_ / 4 * 3 + (count_ % 4 == 0 ? 0 : count_ % 4 - 1);
+    _mm512_mask_storeu_epi8(out_, lowBits(rest), pack(load(staged_), load(kGather512.data())));
+    return out_ + rest;
+  }
+
+ private:
+  static constexpr std::size_t kStaged = 4096;
+
+  ZT_TARGET_AVX512 void packFullBlocks() noexcept {
+    const __m512i gather = load(kGather512.data());
+    std::size_t done = 0;
+    for (; done + 64 <= count_; done += 64, out_ += 48)
+      _mm512_mask_storeu_epi8(out_, lowBits(48), pack(load(staged_ + done), gather));
+    count_ -= done;
+    _mm512_storeu_si512(staged_, load(staged_ + done));
+  }
+
+  std::uint8_t* out_;
+  std::size_t count_ = 0;
+  std::uint8_t staged_[kStaged + 128];  // content only below count_
+};
+
+}  // namespace
+
+ZT_TARGET_AVX2 std::size_t encodeAvx2(const std::uint8_t* in, std::size_t size,
+                                      char* out) noexcept {
+  const __m256i spread = lanes(kSpread);
+  const __m256i offsets = lanes(kEncodeOffsets);
+  std::size_t i = 0;
+  for (; size - i >= 28;
+       i += 24, out += 32) {  // 24 bytes a step, read as 16 + 16 at a distance of 12
+    const __m128i low = _mm_loadu_si128(reinterpret_cast<const __m128i*>(in + i));
+    const __m128i high = _mm_loadu_si128(reinterpret_cast<const __m128i*>(in + i + 12));
+    const __m256i values = cutFields(
+        _mm256_shuffle_epi8(_mm256_inserti128_si256(_mm256_castsi128_si256(low), high, 1), spread));
+    const __m256i capital = _mm256_cmpgt_epi8(_mm256_set1_epi8(26), values);
+    const __m256i kinds = _mm256_or_si256(_mm256_subs_epu8(values, _mm256_set1_epi8(51)),
+                                          _mm256_and_si256(capital, _mm256_set1_epi8(13)));
+    const __m256i text = _mm256_add_epi8(values, _mm256_shuffle_epi8(offsets, kinds));
+    _mm256_storeu_si256(reinterpret_cast<__m256i*>(out), text);
+  }
+  return i;
+}
+
+ZT_TARGET_AVX512 std::size_t encodeAvx512(const std::uint8_t* in, std::size_t size,
+                                          char* out) noexcept {
+  const __m512i spread = load(kSpread512.data());
+  const __m512i shifts = load(kFieldShifts.data());
+  const __m512i alphabet = load(kAlphabet);
+  const auto encode = [&](__m512i bytes) ZT_TARGET_AVX512 {
+    const __m512i groups = _mm512_permutexvar_epi8(spread, bytes);
+    return _mm512_permutexvar_epi8(_mm512_multishift_epi64_epi8(shifts, groups), alphabet);
+  };
+  std::size_t i = 0;
+  for (; size - i >= 64; i += 48, out += 64) _mm512_storeu_si512(out, encode(load(in + i)));
+  const std::size_t whole = size / 3 * 3;
+  while (i < whole) {
+    const std::size_t step = whole - i < 48 ? whole - i : 48;
+    const __m512i text = encode(_mm512_maskz_loadu_epi8(lowBits(step), in + i));
+    _mm512_mask_storeu_epi8(out, lowBits(step / 3 * 4), text);
+    i += step;
+    out += step / 3 * 4;
+  }
+  return whole;
+}
+
+ZT_TARGET_AVX2 DecodeProgress decodeCleanAvx2(const char* in, std::size_t size,
+                                              std::uint8_t* out) noexcept {
+  const __m256i classByLow = lanes(kClassByLow);
+  const __m256i classByHigh = lanes(kClassByHigh);
+  const __m256i offsets = lanes(kDecodeOffsets);
+  const __m256i gather = lanes(kGather);
+  const __m256i slash = _mm256_set1_epi8('/');
+  std::size_t i = 0;
+  // Each step writes 32 bytes of which 24 count; the 12 characters more give the other 8 room.
+  for (; size - i >= 44; i += 32, out += 24) {
+    const __m256i text = _mm256_loadu_si256(reinterpret_cast<const __m256i*>(in + i));
+    const __m256i highNibbles = _mm256_and_si256(_mm256_srli_epi32(text, 4), slash);
+    const __m256i lowClass = _mm256_shuffle_epi8(classByLow, _mm256_and_si256(text, slash));
+    const __m256i highClass = _mm256_shuffle_epi8(classByHigh, highNibbles);
+    if (_mm256_testz_si256(lowClass, highClass) == 0) break;
+    const __m256i rows = _mm256_add_epi8(_mm256_cmpeq_epi8(text, slash), highNibbles);
+    const __m256i values = _mm256_add_epi8(text, _mm256_shuffle_epi8(offsets, rows));
+    const __m256i pairs = _mm256_maddubs_epi16(values, _mm256_set1_epi32(0x01400140));
+    const __m256i groups = _mm256_madd_epi16(pairs, _mm256_set1_epi32(0x00011000));
+    const __m256i bytes = _mm256_permutevar8x32_epi32(_mm256_shuffle_epi8(groups, gather),
+                                                      _mm256_setr_epi32(0, 1, 2, 4, 5, 6, 6, 6));
+    _mm256_storeu_si256(reinterpret_cast<__m256i*>(out), bytes);
+  }
+  return {i, i / 4 * 3, false};
+}
+
+ZT_TARGET_AVX512 std::size_t decodeAvx512(const char* in, std::size_t size,
+                                          std::uint8_t* out) noexcept {
+  const __m512i tableLow = load(kDecodeTable.data());
+  const __m512i tableHigh = load(kDecodeTable.data() + 64);
+  const __m512i gather = load(kGather512.data());
+  const std::uint8_t* const start = out;
+  std::size_t i = 0;
+  // Each step writes 64 bytes of which 48 count; the 24 characters more give the other 16 room.
+  for (; size - i >= 88; i += 64, out += 48) {
+    const __m512i text = load(in + i);
+    const __m512i values = _mm512_permutex2var_epi8(tableLow, text, tableHigh);
+    if (_mm512_movepi8_mask(_mm512_or_si512(text, values)) != 0) break;
+    _mm512_storeu_si512(out, pack(values, gather));
+  }
+  return static_cast<std::size_t>(LenientDecoder(out).run(in + i, size - i) - start);
+}
+
+}  // namespace zantrel::base64
+
+#endif
