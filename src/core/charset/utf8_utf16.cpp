@@ -1,12 +1,18 @@
-// UTF-8 and UTF-16, portable path.
+// UTF-8 and UTF-16, portable path and the choice of path.
 //
 // Standard: The Unicode Standard 15.0, section 3.9 (D91, D92, table 3-7) and the recommendation on
 // "U+FFFD Substitution of Maximal Subparts" there. The portable loops step over ASCII eight bytes
-// or four units at a time and take everything else one character at a time.
+// or four units at a time and take everything else one character at a time. The vector kernels
+// convert whole blocks that are valid and leave the ends and every doubtful block to the portable
+// loops, so that there is one place only which decides what an error is and how long it is.
 
 #include "core/charset/utf8_utf16.h"
 
+#include <algorithm>
 #include <cstring>
+
+#include "core/charset/utf8_utf16_kernels.h"
+#include "platform/cpu_features.h"
 
 namespace zantrel {
 namespace {
@@ -35,6 +41,16 @@ constexpr Lead leadOf(std::uint8_t byte) noexcept {
 CodecResult stopAt(std::size_t consumed, std::size_t produced, CodecStop stop,
                    std::size_t badLength = 0) noexcept {
   return {consumed, produced, stop, static_cast<std::uint8_t>(badLength)};
+}
+
+/// Continues with the portable loop behind what a vector kernel has done.
+template <class In, class Out, class Loop>
+CodecResult after(KernelProgress done, std::span<const In> in, bool last, std::span<Out> out,
+                  Loop loop) noexcept {
+  CodecResult rest = loop(in.subspan(done.consumed), last, out.subspan(done.produced));
+  rest.consumed += done.consumed;
+  rest.produced += done.produced;
+  return rest;
 }
 
 }  // namespace
@@ -154,17 +170,36 @@ CodecResult utf16ToUtf8(std::span<const char16_t> in, bool last,
 }  // namespace utf_portable
 
 CodecResult utf8ToUtf16(ByteSpan in, bool last, std::span<char16_t> out) noexcept {
-  return utf_portable::utf8ToUtf16(in, last, out);
+  KernelProgress done;
+#ifdef ZT_X86_64
+  if (cpuFeatures().avx512) {
+    done = utf8ToUtf16Avx512(in, out);
+  } else if (cpuFeatures().avx2) {
+    done = utf8ToUtf16Avx2(in, out);
+  }
+#endif
+  return after(done, in, last, out, utf_portable::utf8ToUtf16);
 }
 
 CodecResult utf16ToUtf8(std::span<const char16_t> in, bool last,
                         std::span<std::uint8_t> out) noexcept {
-  return utf_portable::utf16ToUtf8(in, last, out);
+  KernelProgress done;
+#ifdef ZT_X86_64
+  if (cpuFeatures().avx512) {
+    done = utf16ToUtf8Avx512(in, out);
+  } else if (cpuFeatures().avx2) {
+    done = utf16ToUtf8Avx2(in, out);
+  }
+#endif
+  return after(done, in, last, out, utf_portable::utf16ToUtf8);
 }
 
 std::size_t swapUnits(ByteSpan in, std::uint8_t* out) noexcept {
   const std::size_t size = in.size() & ~std::size_t{1};
   std::size_t i = 0;
+#ifdef ZT_X86_64
+  if (cpuFeatures().avx2) i = swapUnitsAvx2(in.first(size), out);
+#endif
   for (; i < size; i += 2) {
     const std::uint8_t first = in[i];
     out[i] = in[i + 1];
