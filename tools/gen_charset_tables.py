@@ -10,6 +10,8 @@ differ, page by page: docs/decisions/0001-charset-mappings.md.
 
 import argparse
 import sys
+import unicodedata
+from array import array
 from pathlib import Path
 
 import charset_sources as sources
@@ -28,6 +30,11 @@ CODEPAGE_SINGLE = [
     20269, 20273, 20277, 20278, 20280, 20284, 20285, 20290, 20297, 20420, 20423, 20424, 20833,
     20838, 20866, 20871, 20880, 20905, 20924, 21025, 21027, 21866, *range(28591, 28600), 28603,
     28605, 29001, 38598]
+
+# The single-byte halves of the mixed EBCDIC pages, by the ICU converter of the whole page.
+EBCDIC_SINGLE = {50930: 'ibm-930_P120-1999', 50931: 'ibm-931', 50933: 'ibm-933_P110-1995',
+                 50935: 'ibm-935_P110-1999', 50937: 'ibm-937_P110-1999',
+                 50939: 'ibm-939_P120-1999'}
 
 # Windows maps the undefined cells 80..9F of these to the C1 controls.
 C1_PAGES = {874, *range(1250, 1259)}
@@ -57,7 +64,189 @@ def single_pages(args):
     pages[20127] = {bytes([byte]): chr(byte) for byte in range(0x80)}
     pages[50000] = {bytes([byte]): chr(byte if byte < 0x80 else 0xF700 + byte)
                     for byte in range(0x100)}
+    for page, name in EBCDIC_SINGLE.items():  # the single-byte half of a mixed page
+        converter = sources.Icu(name)
+        cells = {bytes([byte]): converter.decode(bytes([byte])) for byte in range(0x100)}
+        pages[page] = {code: text for code, text in cells.items() if text}
     return dict(sorted(pages.items()))
+
+
+# Double-byte pages that the npm package has as Windows converts them. What another page equals is
+# not listed: 51936 is 936, 51949 is 20949.
+CODEPAGE_DOUBLE = [1361, 10001, 10002, 10003, 10008, 20000, 20001, 20002, 20003, 20004, 20005,
+                   20261, 20932, 20936, 20949, 51932]
+
+# The double-byte halves of the mixed EBCDIC pages, by the ICU converter of the whole page.
+EBCDIC_DOUBLE = {'EbcdicJapanese': 'ibm-939_P120-1999', 'EbcdicKorean': 'ibm-933_P110-1995',
+                 'EbcdicChinese': 'ibm-935_P110-1999', 'EbcdicTaiwanese': 'ibm-937_P110-1999'}
+
+
+def double_pages(args):
+    """Name -> (mapping, function from a character of several codes to the one to write)."""
+    pages = {}
+    # unicode.org's table with the user-defined rows that Windows maps to the private-use area;
+    # Python's codec knows which of several codes Windows writes.
+    shift_jis = sources.codepage(args.codepage, 932)
+    for code, text in sources.icu('ibm-943_P15A-2003').items():
+        if 0xF0 <= code[0] <= 0xF9:
+            shift_jis[code] = text
+    pages['Page932'] = (shift_jis, lambda text: text.encode('cp932'))
+    for page in (936, 949, 950):
+        name = f'windows-{page}-2000'
+        pages[f'Page{page}'] = (sources.icu(name), sources.Icu(name).encode)
+    # GB18030's two-byte codes are those of 936; it has no characters at the bytes 80 and FF.
+    pages['Page54936'] = ({code: text for code, text in pages['Page936'][0].items()
+                           if len(code) == 2 or code[0] < 0x80}, pages['Page936'][1])
+    for page in CODEPAGE_DOUBLE:
+        pages[f'Page{page}'] = (windows(args, page), None)
+    for name, converter in EBCDIC_DOUBLE.items():
+        pages[name] = ebcdic_double(sources.Icu(converter))
+    for plane in EUC_TW_PLANES:
+        pages[f'CnsPlane{plane}'] = (cns_plane(plane), None)
+    return pages
+
+
+def ebcdic_double(converter):
+    mapping = {}
+    for lead in range(0x40, 0xFF):
+        for trail in range(0x40, 0xFF):
+            text = converter.decode(bytes([0x0E, lead, trail, 0x0F]))
+            if text:
+                mapping[bytes([lead, trail])] = text
+    return mapping, lambda text: converter.encode(text)[1:3]
+
+
+EUC_TW_PLANES = [1, 2, 3, 4, 5, 6, 7, 15]
+
+
+def cns_plane(plane):
+    """A plane of CNS 11643 from glibc's EUC-TW; plane 1 stands there as plain two-byte codes."""
+    prefix = bytes([0x8E, 0xA0 + plane]) if plane > 1 else b''
+    mapping = {code[-2:]: text for code, text in sources.charmap('EUC-TW').items()
+               if len(code) == len(prefix) + 2 and code.startswith(prefix)}
+    if not mapping:
+        raise sources.SourceError(f'EUC-TW: plane {plane} is empty')
+    return mapping
+
+
+def preferred_codes(name, mapping, chosen):
+    """Of characters with several codes: the code to write where it is not the lowest."""
+    codes = {}
+    for code, text in sorted(mapping.items()):
+        codes.setdefault(text, []).append(code)
+    preferred = []
+    for text, several in codes.items():
+        if len(several) == 1 or len(several[0]) == 1:
+            continue
+        best = chosen(text) if chosen else several[0]
+        if best not in several:
+            raise sources.SourceError(f'{name}: {text!r} is written as {best!r}, but read as none')
+        if best != several[0]:
+            preferred.append(int.from_bytes(best, 'big'))
+    return preferred
+
+
+class CellPool:
+    """The rows of all double-byte pages in one text; a row that is there already is shared."""
+
+    def __init__(self):
+        self.found = b''
+
+    def add_all(self, rows_by_key):
+        """Takes {key: cells}; gives {key: offset}. Long rows first: short ones may lie in them."""
+        offsets = {}
+        for key, cells in sorted(rows_by_key.items(), key=lambda item: (-len(item[1]), item[0])):
+            raw = array('H', cells).tobytes()
+            at = self.found.find(raw)
+            while at >= 0 and at % 2:  # a find across the borders of cells is none
+                at = self.found.find(raw, at + 1)
+            if at < 0:
+                at = len(self.found)
+                self.found += raw
+            offsets[key] = at // 2
+        return offsets
+
+    def cells(self):
+        return array('H', self.found)
+
+
+def trimmed_rows(mapping):
+    """Lead byte -> (first trail byte, cells) of the two-byte codes, as 16-bit values."""
+    leads = {}
+    for code, text in mapping.items():
+        if len(code) == 2:
+            leads.setdefault(code[0], {})[code[1]] = ord(text) & 0xFFFF
+    return {lead: (min(row), [row.get(trail, UNDEFINED) for trail in range(min(row), max(row) + 1)])
+            for lead, row in sorted(leads.items())}
+
+
+def literal(cells):
+    """Lines of a UTF-16 string literal; what an editor would not show is escaped."""
+    lines, line, width = [], '', 0
+    for cell in cells:
+        char = chr(cell)
+        if cell < 0x80:
+            text = f'\\{cell:03o}' if char in '"\\' or not char.isprintable() else char
+        elif unicodedata.category(char)[0] in 'MCZ' or 0xD800 <= cell <= 0xF8FF:
+            text = f'\\u{cell:04X}' if cell >= 0xA0 else f'\\{cell:03o}'
+        else:
+            text = char
+        line += text
+        width += 2 if text == char else len(text)
+        if width > 92:
+            lines.append(line)
+            line, width = '', 0
+    return ''.join(f'    u"{text}"\n' for text in lines + [line])
+
+
+def write_double(folder, pages):
+    names, bodies, size = [], '', 0
+    trimmed = {name: trimmed_rows(mapping) for name, (mapping, _) in pages.items()}
+    pool = CellPool()
+    offsets = pool.add_all({(name, lead): cells for name, leads in trimmed.items()
+                            for lead, (_, cells) in leads.items()})
+    for name, (mapping, chosen) in pages.items():
+        singles = [ord(mapping.get(bytes([byte]), chr(UNDEFINED))) for byte in range(256)]
+        has_singles = any(cell != UNDEFINED for cell in singles)
+        ascii_low = singles[:0x80] == list(range(0x80))
+        preferred = preferred_codes(name, mapping, chosen)
+        blocks = {(ord(text) & 0xFFFF) >> 6 for text in mapping.values()}
+        names.append((name, len(blocks) + 1))
+        rows_text = rows([f'{{{offsets[name, lead]}, {trimmed[name][lead][0]},'
+                          f' {len(trimmed[name][lead][1])}}}' if lead in trimmed[name] else '{}'
+                          for lead in range(256)], 5, '{},')
+        bodies += '\nnamespace {\n'
+        if has_singles:
+            bodies += f'const char16_t kSingles{name}[256] = {{\n{rows(singles)}}};\n'
+        bodies += f'const DoubleByteRow kRows{name}[256] = {{\n{rows_text}}};\n'
+        if preferred:
+            bodies += f'const std::uint16_t kPreferred{name}[] = {{\n{rows(preferred)}}};\n'
+        bodies += '}  // namespace\n'
+        bodies += (f'const DoubleByteTable {name}::table = '
+                   f'{{{f"kSingles{name}" if has_singles else "nullptr"}, kRows{name}, '
+                   f'{str(ascii_low).lower()}, '
+                   f'{f"kPreferred{name}" if preferred else "{}"}}};\n')
+        size += 512 * has_singles + 8 * 256 + 2 * len(preferred)
+    header = HEAD.format(sources='as in double_byte_tables.cpp') + '#pragma once\n\n'
+    header += '#include <cstddef>\n\n#include "core/charset/double_byte.h"\n\n'
+    header += 'namespace zantrel::tables {\n\n'
+    header += ''.join(f'struct {name} {{\n  static const DoubleByteTable table;\n'
+                      f'  static constexpr std::size_t kReverseBlocks = {count};\n}};\n'
+                      for name, count in names)
+    header += '\n}  // namespace zantrel::tables\n'
+    listed = HEAD.format(sources='npm package codepage (unicode.org, Windows 7), ICU, glibc, Python')
+    include = '#include "core/charset/tables/double_byte_tables.h"\n\n'
+    (folder / 'double_byte_tables.h').write_text(header)
+    (folder / 'double_byte_tables.cpp').write_text(
+        listed + '// clang-format off\n\n' + include + 'namespace zantrel::tables {\n' + bodies +
+        '\n}  // namespace zantrel::tables\n')
+    (folder / 'double_byte_cells.cpp').write_text(
+        listed + '// The rows of all double-byte pages; U+FFFF is no character.\n'
+        '// clang-format off\n\n' + include +
+        '#pragma GCC diagnostic ignored "-Woverlength-strings"  // GCC and clang know no bound\n\n'
+        'namespace zantrel::tables {\n\nconst char16_t kDoubleByteCells[] =\n' + literal(pool.cells()) +
+        ';\n\n}  // namespace zantrel::tables\n')
+    return size + 2 * len(pool.cells())
 
 
 def rows(values, per_row=16, form='0x{:04X},'):
@@ -73,7 +262,7 @@ def write_single(folder, pages):
     header += '#include "core/charset/single_byte.h"\n\nnamespace zantrel::tables {\n\n'
     header += ''.join(f'extern const SingleByteTable {name};\n' for name in names)
     header += '\n}  // namespace zantrel::tables\n'
-    body = HEAD.format(sources='npm package codepage (unicode.org, Windows 7), glibc charmaps')
+    body = HEAD.format(sources='npm package codepage (unicode.org, Windows 7), glibc charmaps, ICU')
     body += '// One row of 256 code points a page; 0xFFFF is no character.\n// clang-format off\n\n'
     body += '#include "core/charset/tables/single_byte_tables.h"\n\nnamespace zantrel::tables {\n'
     for page, mapping in pages.items():
@@ -96,6 +285,7 @@ def main():
     args.output.mkdir(parents=True, exist_ok=True)
     try:
         size = write_single(args.output, single_pages(args))
+        size += write_double(args.output, double_pages(args))
     except sources.SourceError as error:
         sys.exit(f'gen_charset_tables: {error}')
     print(f'{size} bytes of tables')

@@ -3,7 +3,9 @@
 #include <algorithm>
 #include <iterator>
 
+#include "core/charset/double_byte.h"
 #include "core/charset/single_byte.h"
+#include "core/charset/tables/double_byte_tables.h"
 #include "core/charset/tables/single_byte_tables.h"
 #include "core/charset/unicode_codecs.h"
 
@@ -19,6 +21,12 @@ constexpr CodePage single(int id) {
           [] { return makeSingleByteEncoder(kTable); }};
 }
 
+template <class Page>
+constexpr CodePage pair(int id) {
+  return {id, [] { return makeDoubleByteDecoder(Page::table); },
+          [] { return makeDoubleByteEncoder(reverseOf<Page>()); }};
+}
+
 // One row a page, by rising number. A family's codecs stand in their own files; here is only who
 // serves what.
 // clang-format off
@@ -29,6 +37,7 @@ constexpr CodePage kPages[] = {
     single<kPage858>(858), single<kPage860>(860), single<kPage861>(861), single<kPage862>(862),
     single<kPage863>(863), single<kPage864>(864), single<kPage865>(865), single<kPage866>(866),
     single<kPage869>(869), single<kPage870>(870), single<kPage874>(874), single<kPage875>(875),
+    pair<Page932>(932), pair<Page936>(936), pair<Page949>(949), pair<Page950>(950),
     single<kPage1026>(1026), single<kPage1047>(1047), single<kPage1140>(1140),
     single<kPage1141>(1141), single<kPage1142>(1142), single<kPage1143>(1143),
     single<kPage1144>(1144), single<kPage1145>(1145), single<kPage1146>(1146),
@@ -37,25 +46,30 @@ constexpr CodePage kPages[] = {
     {1201, makeUtf16BeDecoder, makeUtf16BeEncoder},
     single<kPage1250>(1250), single<kPage1251>(1251), single<kPage1252>(1252),
     single<kPage1253>(1253), single<kPage1254>(1254), single<kPage1255>(1255),
-    single<kPage1256>(1256), single<kPage1257>(1257), single<kPage1258>(1258),
-    single<kPage10000>(10000), single<kPage10004>(10004), single<kPage10005>(10005),
-    single<kPage10006>(10006), single<kPage10007>(10007), single<kPage10010>(10010),
-    single<kPage10017>(10017), single<kPage10021>(10021), single<kPage10029>(10029),
-    single<kPage10079>(10079), single<kPage10081>(10081), single<kPage10082>(10082),
+    single<kPage1256>(1256), single<kPage1257>(1257), single<kPage1258>(1258), pair<Page1361>(1361),
+    single<kPage10000>(10000), pair<Page10001>(10001), pair<Page10002>(10002),
+    pair<Page10003>(10003), single<kPage10004>(10004), single<kPage10005>(10005),
+    single<kPage10006>(10006), single<kPage10007>(10007), pair<Page10008>(10008),
+    single<kPage10010>(10010), single<kPage10017>(10017), single<kPage10021>(10021),
+    single<kPage10029>(10029), single<kPage10079>(10079), single<kPage10081>(10081),
+    single<kPage10082>(10082), pair<Page20000>(20000), pair<Page20001>(20001),
+    pair<Page20002>(20002), pair<Page20003>(20003), pair<Page20004>(20004), pair<Page20005>(20005),
     single<kPage20105>(20105), single<kPage20106>(20106), single<kPage20107>(20107),
-    single<kPage20108>(20108), single<kPage20127>(20127), single<kPage20269>(20269),
-    single<kPage20273>(20273), single<kPage20277>(20277), single<kPage20278>(20278),
-    single<kPage20280>(20280), single<kPage20284>(20284), single<kPage20285>(20285),
-    single<kPage20290>(20290), single<kPage20297>(20297), single<kPage20420>(20420),
-    single<kPage20423>(20423), single<kPage20424>(20424), single<kPage20833>(20833),
-    single<kPage20838>(20838), single<kPage20866>(20866), single<kPage20871>(20871),
-    single<kPage20880>(20880), single<kPage20905>(20905), single<kPage20924>(20924),
-    single<kPage21025>(21025), single<kPage21027>(21027), single<kPage21866>(21866),
-    single<kPage28591>(28591), single<kPage28592>(28592), single<kPage28593>(28593),
-    single<kPage28594>(28594), single<kPage28595>(28595), single<kPage28596>(28596),
-    single<kPage28597>(28597), single<kPage28598>(28598), single<kPage28599>(28599),
-    single<kPage28603>(28603), single<kPage28605>(28605), single<kPage29001>(29001),
-    single<kPage38598>(38598), single<kPage50000>(50000),
+    single<kPage20108>(20108), single<kPage20127>(20127), pair<Page20261>(20261),
+    single<kPage20269>(20269), single<kPage20273>(20273), single<kPage20277>(20277),
+    single<kPage20278>(20278), single<kPage20280>(20280), single<kPage20284>(20284),
+    single<kPage20285>(20285), single<kPage20290>(20290), single<kPage20297>(20297),
+    single<kPage20420>(20420), single<kPage20423>(20423), single<kPage20424>(20424),
+    single<kPage20833>(20833), single<kPage20838>(20838), single<kPage20866>(20866),
+    single<kPage20871>(20871), single<kPage20880>(20880), single<kPage20905>(20905),
+    single<kPage20924>(20924), pair<Page20932>(20932), pair<Page20936>(20936),
+    pair<Page20949>(20949), single<kPage21025>(21025), single<kPage21027>(21027),
+    single<kPage21866>(21866), single<kPage28591>(28591), single<kPage28592>(28592),
+    single<kPage28593>(28593), single<kPage28594>(28594), single<kPage28595>(28595),
+    single<kPage28596>(28596), single<kPage28597>(28597), single<kPage28598>(28598),
+    single<kPage28599>(28599), single<kPage28603>(28603), single<kPage28605>(28605),
+    single<kPage29001>(29001), single<kPage38598>(38598), single<kPage50000>(50000),
+    pair<Page936>(51936), pair<Page20949>(51949),
     {65001, makeUtf8Decoder, makeUtf8Encoder},
     {65005, makeUtf32LeDecoder, makeUtf32LeEncoder},
     {65006, makeUtf32BeDecoder, makeUtf32BeEncoder},

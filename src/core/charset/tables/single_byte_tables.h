@@ -104,5 +104,11 @@ extern const SingleByteTable kPage28605;
 extern const SingleByteTable kPage29001;
 extern const SingleByteTable kPage38598;
 extern const SingleByteTable kPage50000;
+extern const SingleByteTable kPage50930;
+extern const SingleByteTable kPage50931;
+extern const SingleByteTable kPage50933;
+extern const SingleByteTable kPage50935;
+extern const SingleByteTable kPage50937;
+extern const SingleByteTable kPage50939;
 
 }  // namespace zantrel::tables
