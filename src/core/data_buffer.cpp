@@ -5,6 +5,7 @@
 #include <limits>
 #include <utility>
 
+#include "core/encode/hex.h"
 #include "core/storage.h"
 #include "core/string_buffer.h"
 #include "platform/secure_wipe.h"
@@ -154,6 +155,13 @@ void DataBuffer::clearWithDeallocate() {
   release();
 }
 
+void DataBuffer::minimizeMemory() {
+  guard_.check();
+  if (borrowed_ || capacity_ == size_) return;
+  if (size_ == 0) return release();
+  reallocate(size_);
+}
+
 void DataBuffer::shorten(std::uint32_t n) {
   guard_.check();
   size_ -= std::min(n, size_);
@@ -189,16 +197,7 @@ void DataBuffer::byteSwap4321() {
 }
 
 void DataBuffer::toHexString(StringBuffer& out) const {
-  static constexpr char kDigits[] = "0123456789ABCDEF";
-  guard_.check();
-  if (size_ == 0) return;
-  char* to = out.prepare(std::size_t{size_} * 2);
-  if (to == nullptr) return;
-  for (std::uint32_t i = 0; i < size_; ++i) {
-    *to++ = kDigits[data_[i] >> 4];
-    *to++ = kDigits[data_[i] & 15];
-  }
-  out.commit(std::size_t{size_} * 2);
+  hexEncode(bytes(), out);
 }
 
 bool DataBuffer::getXmlCharset(StringBuffer& out) const {

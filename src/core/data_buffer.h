@@ -48,6 +48,8 @@ class DataBuffer final : public ZantrelObject {
   void secureClear();
   /// Frees the block too.
   void clearWithDeallocate();
+  /// Gives back storage beyond the content.
+  void minimizeMemory();
 
   /// Null bytes or count 0 do nothing and succeed. The bytes may lie inside this buffer. If storage
   /// cannot be had the buffer drops all its content and the result is false (deliberate: a failed
@@ -105,6 +107,8 @@ class DataBuffer final : public ZantrelObject {
   bool equals(const DataBuffer& other) const;
 
  private:
+  friend class StringBuffer;  // takes over the block
+
   bool appendGrowing(const void* bytes, std::size_t count);
   bool growForChar();
   bool growOrDrop(std::uint64_t needed, std::uint64_t wanted);

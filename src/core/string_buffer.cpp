@@ -6,6 +6,7 @@
 #include <limits>
 #include <utility>
 
+#include "core/data_buffer.h"
 #include "core/storage.h"
 
 namespace zantrel {
@@ -149,6 +150,20 @@ bool StringBuffer::setString(std::string_view text) {
   }
   std::memmove(data_, text.data(), text.size());
   setSize(static_cast<std::uint32_t>(text.size()));
+  return true;
+}
+
+bool StringBuffer::takeBytes(DataBuffer& bytes) {
+  guard_.check();
+  if (bytes.isBorrowed() || bytes.getSize() >= kMaxCapacity) return false;
+  const std::uint64_t exact = std::uint64_t{bytes.size_} + 1;
+  const bool wasteful = bytes.capacity_ - bytes.size_ > bytes.size_ / 4 + kFirstCapacity;
+  const bool fits = bytes.capacity_ >= exact && bytes.capacity_ <= kMaxCapacity;
+  if ((!fits || wasteful) && !bytes.reallocate(exact) && !fits) return false;
+  release();
+  data_ = reinterpret_cast<char*>(std::exchange(bytes.data_, nullptr));
+  capacity_ = static_cast<std::int32_t>(std::exchange(bytes.capacity_, 0U));
+  setSize(std::exchange(bytes.size_, 0U));
   return true;
 }
 

@@ -67,6 +67,11 @@ class StringBuffer final : public ZantrelObject {
   bool setString(const char* text);
   bool setString(std::string_view text);
 
+  /// Takes over the block of a byte buffer as the content, so that a conversion into bytes becomes
+  /// text without a copy; the byte buffer is then empty. False, with both unchanged, when the
+  /// content is borrowed or too large.
+  bool takeBytes(DataBuffer& bytes);
+
   /// Room for `extra` more bytes with one exact allocation.
   bool reserve(std::size_t extra);
   /// Room for `extra` more bytes, as a pointer to write them to, or null; commit() then says how

@@ -4,6 +4,7 @@
 #include <algorithm>
 
 #include "core/data_buffer.h"
+#include "core/encode/hex.h"
 #include "core/string_buffer.h"
 #include "core/text_search.h"
 
@@ -11,13 +12,6 @@ namespace zantrel {
 namespace {
 
 constexpr std::string_view kTrimmed = " \t\r\n";
-
-/// Digits below "A" count from "0", all others as letters of either case; deliberately not
-/// validated.
-unsigned hexDigit(char c) noexcept {
-  const unsigned byte = static_cast<unsigned char>(c);
-  return byte < 'A' ? byte - '0' : (byte & 0xDFU) - 'A' + 10U;
-}
 
 }  // namespace
 
@@ -135,16 +129,7 @@ bool StringBuffer::containsSubstringNoCase(std::string_view text) const {
 }
 
 bool StringBuffer::hexStringToBinary(DataBuffer& out) const {
-  const std::string_view text = view();
-  const std::size_t count = text.size() / 2;
-  if (count == 0) return true;
-  std::uint8_t* const to = out.prepare(count);
-  if (to == nullptr) return false;
-  for (std::size_t i = 0; i < count; ++i) {
-    to[i] = static_cast<std::uint8_t>(hexDigit(text[2 * i]) * 16U + hexDigit(text[2 * i + 1]));
-  }
-  out.commit(count);
-  return true;
+  return hexDecode(view(), out);
 }
 
 }  // namespace zantrel
