@@ -162,6 +162,10 @@ struct OutputFile::Impl {
     if (GetFileType(file.get()) != FILE_TYPE_DISK) return 0;
     std::string path = utf8Path;
     keptAttributes = target.attributes();
+    // An administrator may open what is marked read-only; replacing it would lose the mark's point.
+    if (keptAttributes != INVALID_FILE_ATTRIBUTES &&
+        (keptAttributes & FILE_ATTRIBUTE_READONLY) != 0)
+      return ERROR_ACCESS_DENIED;
     if (keptAttributes != INVALID_FILE_ATTRIBUTES &&
         (keptAttributes & FILE_ATTRIBUTE_REPARSE_POINT) != 0) {
       const std::string followed = finalPath(file.get());
