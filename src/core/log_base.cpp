@@ -2,7 +2,10 @@
 
 #include <cstdio>
 
+#include "core/date_parser.h"
+#include "core/encode/quoted_printable.h"
 #include "core/string_buffer.h"
+#include "core/xstring.h"
 #include "platform/error_text.h"
 
 namespace zantrel {
@@ -17,9 +20,24 @@ void LogBase::logWindowsError(std::uint32_t errorNumber) {
   if (errorNumber != 0) logData("WindowsError", systemErrorText(errorNumber).c_str());
 }
 
+bool LogBase::logDataStr(const char* tag, const XString& value) {
+  return logData(tag, value.getUtf8());
+}
+
+bool LogBase::logErrorStr(const XString& text) {
+  return logError(text.getUtf8());
+}
+
 bool LogBase::logDataBytes(const char* tag, const void* bytes, std::uint32_t count) {
   StringBuffer text;
   if (bytes != nullptr) text.append(bytes, count);
+  return logData(tag, text.getString());
+}
+
+bool LogBase::logBinary(const char* tag, const void* bytes, std::uint32_t count) {
+  if (bytes == nullptr || count == 0) return logError("No binary data to log");
+  StringBuffer text;
+  quotedPrintableEncodeOneLine({static_cast<const std::uint8_t*>(bytes), count}, text);
   return logData(tag, text.getString());
 }
 
@@ -42,6 +60,19 @@ bool LogBase::logElapsed(const char* tag, std::uint32_t startTick) {
   std::snprintf(value, sizeof value, "Elapsed time: %d millisec",
                 static_cast<int>(now - startTick));
   return logData(tag, value);
+}
+
+bool LogBase::logSystemTime(const char* tag, const SystemTime& time) {
+  const LogContext context(*this, tag);
+  logDataLong("year", time.year);
+  logDataLong("month", time.month);
+  logDataLong("day", time.day);
+  logDataLong("hour", time.hour);
+  logDataLong("minutes", time.minute);
+  logDataLong("seconds", time.second);
+  StringBuffer text;
+  DateParser().gmtDate(time, text);
+  return logData("RFC822_DateTime", text.getString());
 }
 
 }  // namespace zantrel

@@ -22,9 +22,6 @@ struct CharsetRequest {
 /// Where a method's charset comes from: only a property of that name can be hinted at.
 enum class CharsetOrigin : std::uint8_t { Argument, CharsetProperty };
 
-/// Appends the byte-order mark of a Unicode code page; the others have none.
-bool appendByteOrderMark(int codePage, DataBuffer& out);
-
 /// Appends the text in the requested charset. An unknown charset is logged by name and nothing is
 /// appended; a conversion that lost something is logged with its figures, its output is there all
 /// the same. Both are false. Code page 28591 is written as 1252 (deliberate: what is called Latin-1
