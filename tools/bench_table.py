@@ -21,7 +21,9 @@ HEADINGS = ("operation", "size", "ours", "facade", "best peer", "", "ratio", "pe
 def split_name(name):
     """(operation, size, implementation) of a benchmark's name."""
     parts = [part for part in name.split("/") if not SUFFIX.match(part)]
-    implementation = parts.pop() if len(parts) > 1 else "zantrel"
+    # A benchmark without a peer may leave the implementation out.
+    named = len(parts) > 1 and not SIZE.match(parts[-1])
+    implementation = parts.pop() if named else "zantrel"
     size = ""
     for index in range(len(parts) - 1, 0, -1):
         if SIZE.match(parts[index]):

@@ -25,6 +25,7 @@ class BenchTableTest(unittest.TestCase):
                 ("utf8_to_utf16/mixed/1K/zantrel", ("utf8_to_utf16/mixed", "1K", "zantrel")),
                 ("utf8_to_utf16/1K/mixed/icu/repeats:3", ("utf8_to_utf16/mixed", "1K", "icu")),
                 ("log_entry/zantrel/real_time", ("log_entry", "", "zantrel")),
+                ("log_rendering/100000", ("log_rendering", "100000", "zantrel")),
                 ("empty_call", ("empty_call", "", "zantrel"))):
             with self.subTest(name=name):
                 self.assertEqual(bench_table.split_name(name), parts)
