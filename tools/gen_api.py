@@ -421,7 +421,7 @@ def facade(component):
     out += ["", f"struct {name}::Impl final : facade::{base}<{component.native}> {{}};", "",
             f"{name}::{name}() noexcept : impl_(facade::create<Impl>()) {{}}"]
     if component.value:
-        out.append(f"{name}::{name}(Text text) noexcept : {name}() {{ facade::assign(impl_, text); }}")
+        out.append(f"{name}::{name}(Text text) noexcept : {name}() {{ setFromUtf8(text); }}")
     out += [f"{name}::~{name}() = default;", f"{name}::{name}({name}&&) noexcept = default;",
             f"{name}& {name}::operator=({name}&&) noexcept = default;"]
     for section in component.sections:
@@ -431,6 +431,8 @@ def facade(component):
                 out += property_facade(component, member)
             else:
                 out += method_facade(component, member)
+    if component.value:
+        out += ["", f"Text::Text(const {name}& text) noexcept : Text(facade::textOf(text.impl_)) {{}}"]
     out += ["", "}  // namespace Zantrel", ""]
     return squeeze(out)
 

@@ -54,7 +54,7 @@ class Text final {
   constexpr Text(std::u16string_view utf16) noexcept
       : data_(utf16.data()), size_(utf16.size()), isUtf16_(true) {}
   Text(const std::u16string& utf16) noexcept : Text(std::u16string_view(utf16)) {}
-  ZANTREL_API Text(const ZtString& text);
+  ZANTREL_API Text(const ZtString& text) noexcept;
 
   bool isUtf16() const noexcept { return isUtf16_; }
   /// Number of UTF-8 bytes or UTF-16 code units.

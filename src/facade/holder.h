@@ -1,0 +1,182 @@
+#pragma once
+// What a public object owns, and the one road from every public member to its component: arguments
+// are converted by their types, anything thrown is caught and written to the exception log, and the
+// failure value comes back. Every generated member is one call of a function below.
+
+#include <memory>
+#include <type_traits>
+#include <utility>
+
+#include "facade/arguments.h"
+#include "facade/guard.h"
+#include "frame/component.h"
+
+namespace zantrel::facade {
+
+template <class Native>
+struct Holder {
+  Native native;
+  bool enableEvents = true;
+  /// The component went to another object: what is here only carries the log of calls that fail
+  /// for that reason.
+  bool movedFrom = false;
+};
+
+/// A new component, or null when storage cannot be had: the object then acts like a moved-from one.
+template <class Impl>
+std::unique_ptr<Impl> create() noexcept {
+  std::unique_ptr<Impl> impl;
+  (void)thrownBy([&] { impl = std::make_unique<Impl>(); });
+  return impl;
+}
+
+/// What an object owns; made anew, for its log, after the component went to another object. Null
+/// when there is no storage for that.
+template <class Impl>
+Impl* ownerOf(std::unique_ptr<Impl>& impl) noexcept {
+  if (!impl && (impl = create<Impl>())) {
+    impl->movedFrom = true;
+    guarded(impl->native, "", [&] { impl->native.log().logError(kMovedFrom); });
+  }
+  return impl.get();
+}
+
+template <class Impl, class R, class Native, class... P, class... A>
+R call(std::unique_ptr<Impl>& impl, const char* name, R (Native::*method)(P...),
+       A&&... given) noexcept {
+  R result{};
+  Impl* const owner = ownerOf(impl);
+  const bool done = owner != nullptr && guarded(owner->native, name, [&] {
+                      if (owner->movedFrom) {
+                        reportRefusedCall(owner->native, name, kMovedFrom, 0);
+                        (clearOutput(given), ...);
+                      } else {
+                        const auto refuse = [&](std::uint64_t numBytes) {
+                          reportRefusedCall(owner->native, name, kTooLarge, numBytes);
+                        };
+                        result = callNative(owner->native, method, owner->enableEvents, refuse,
+                                            std::index_sequence_for<A...>{}, given...);
+                      }
+                    });
+  if (!done) (clearOutput(given), ...);
+  return result;
+}
+
+// ----------------------------------------------------------------------------------- properties
+
+inline std::string toPublic(const XString& text) {
+  return std::string(text.utf8());
+}
+inline Zantrel::Bytes toPublic(const DataBuffer& bytes) {
+  const ByteSpan span = bytes.bytes();
+  return {span.begin(), span.end()};
+}
+template <class T>
+requires std::is_arithmetic_v<T> T toPublic(T value)
+noexcept {
+  return value;
+}
+
+template <class Result, class Impl, class Body>
+Result getThrough(std::unique_ptr<Impl>& impl, const char* name, const Body& body) noexcept {
+  Result result{};
+  Impl* const owner = ownerOf(impl);
+  if (owner != nullptr && !owner->movedFrom)
+    guarded(owner->native, name, [&] {
+      const CritSecLock lock(owner->native.criticalSection());
+      result = body(owner->native);
+    });
+  return result;
+}
+
+/// A stored property.
+template <class Result, class Impl, class Settings, class Field>
+requires std::is_object_v<Field> Result get(std::unique_ptr<Impl>& impl, const char* name,
+                                            Field Settings::*field)
+noexcept {
+  return getThrough<Result>(impl, name,
+                            [&](auto& native) { return toPublic(native.settings().*field); });
+}
+
+/// A computed property whose getter returns the value.
+template <class Result, class Impl, class R, class Native>
+requires std::is_arithmetic_v<R> Result get(std::unique_ptr<Impl>& impl, const char* name,
+                                            R (Native::*getter)())
+noexcept {
+  return getThrough<Result>(impl, name, [&](Native& native) { return (native.*getter)(); });
+}
+
+/// A computed property whose getter fills an XString or a DataBuffer.
+template <class Result, class Impl, class Out, class Native>
+Result get(std::unique_ptr<Impl>& impl, const char* name, void (Native::*getter)(Out&)) noexcept {
+  return getThrough<Result>(impl, name, [&](Native& native) {
+    Out out;
+    (native.*getter)(out);
+    return toPublic(out);
+  });
+}
+
+template <class Impl, class Body>
+bool putThrough(std::unique_ptr<Impl>& impl, const char* name, const Body& body) noexcept {
+  bool accepted = false;
+  Impl* const owner = ownerOf(impl);
+  if (owner == nullptr) return false;
+  guarded(owner->native, name, [&] {
+    const CritSecLock lock(owner->native.criticalSection());
+    if (owner->movedFrom) {
+      reportRefusedValue(owner->native, name, kMovedFrom);
+    } else {
+      accepted = body(owner->native);
+    }
+  });
+  return accepted;
+}
+
+/// A property whose setter decides.
+template <class Impl, class Native, class P, class Value>
+bool put(std::unique_ptr<Impl>& impl, const char* name, bool (Native::*setter)(P),
+         const Value& value) noexcept {
+  return putThrough(impl, name, [&](Native& native) {
+    Argument<P, Value> argument(value);
+    if (!argument.fits()) {
+      reportRefusedValue(native, name, kTooLarge);
+      return false;
+    }
+    argument.prepare(false);
+    return (native.*setter)(argument.native());
+  });
+}
+
+inline void store(XString& field, const XString& value) {
+  field = value;
+}
+inline void store(DataBuffer& field, const DataBuffer& value) {
+  field.clear();
+  field.append(value);
+}
+template <class T>
+requires std::is_arithmetic_v<T>
+void store(T& field, T value) noexcept {
+  field = value;
+}
+template <class Field>
+using ParameterOf = std::conditional_t<std::is_arithmetic_v<Field>, Field, const Field&>;
+
+/// A stored property.
+template <class Impl, class Settings, class Field, class Value>
+requires std::is_object_v<Field>
+void put(std::unique_ptr<Impl>& impl, const char* name, Field Settings::*field,
+         const Value& value) noexcept {
+  putThrough(impl, name, [&](auto& native) {
+    Argument<ParameterOf<Field>, Value> argument(value);
+    if (!argument.fits()) {
+      reportRefusedValue(native, name, kTooLarge);
+      return false;
+    }
+    argument.prepare(false);
+    store(native.settings().*field, argument.native());
+    return true;
+  });
+}
+
+}  // namespace zantrel::facade
