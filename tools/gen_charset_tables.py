@@ -101,7 +101,9 @@ def double_pages(args):
         pages[f'Page{page}'] = (windows(args, page), None)
     for name, converter in EBCDIC_DOUBLE.items():
         pages[name] = ebcdic_double(sources.Icu(converter))
-    for plane in EUC_TW_PLANES:
+    pages['Page51950'] = ({code: text for code, text in sources.charmap('EUC-TW').items()
+                           if len(code) < 4}, None)
+    for plane in CNS_PLANES:
         pages[f'CnsPlane{plane}'] = (cns_plane(plane), None)
     return pages
 
@@ -116,14 +118,15 @@ def ebcdic_double(converter):
     return mapping, lambda text: converter.encode(text)[1:3]
 
 
-EUC_TW_PLANES = [1, 2, 3, 4, 5, 6, 7, 15]
+# Planes of CNS 11643 that EUC-TW writes as four bytes; plane 1 is the two-byte part.
+CNS_PLANES = [2, 3, 4, 5, 6, 7, 15]
 
 
 def cns_plane(plane):
-    """A plane of CNS 11643 from glibc's EUC-TW; plane 1 stands there as plain two-byte codes."""
-    prefix = bytes([0x8E, 0xA0 + plane]) if plane > 1 else b''
-    mapping = {code[-2:]: text for code, text in sources.charmap('EUC-TW').items()
-               if len(code) == len(prefix) + 2 and code.startswith(prefix)}
+    """The two bytes of a character in its plane, from glibc's EUC-TW."""
+    prefix = bytes([0x8E, 0xA0 + plane])
+    mapping = {code[2:]: text for code, text in sources.charmap('EUC-TW').items()
+               if len(code) == 4 and code.startswith(prefix)}
     if not mapping:
         raise sources.SourceError(f'EUC-TW: plane {plane} is empty')
     return mapping
@@ -276,6 +279,90 @@ def write_single(folder, pages):
     return 512 * len(pages)
 
 
+def write_euc_tw(folder, pages):
+    """The planes, each with a bit map of the cells that belong to U+20000..U+2FFFF."""
+    bodies, listed, keys = '', [(1, 'Page51950', 'nullptr')], set()
+    for plane in [1, *CNS_PLANES]:
+        name = f'CnsPlane{plane}' if plane > 1 else 'Page51950'
+        bits = bytearray(94 * 94 // 8 + 1)
+        for code, text in pages[name][0].items():
+            if len(code) != 2:
+                continue
+            if ord(text) >> 16 not in (0, 2):
+                raise sources.SourceError(f'EUC-TW: U+{ord(text):X} is in no expected plane')
+            if plane > 1:
+                keys.add((ord(text) & 0x2FFFF) >> 6)
+            if ord(text) > 0xFFFF:
+                bit = (code[0] - 0xA1) * 94 + code[1] - 0xA1
+                bits[bit // 8] |= 1 << bit % 8
+        if plane > 1:
+            bodies += (f'\nnamespace {{\nconst std::uint8_t kSupplementary{plane}[] = {{\n'
+                       f'{rows(bits, 16, "0x{:02X},")}}};\n}}  // namespace\n')
+            listed.append((plane, name, f'kSupplementary{plane}'))
+    table = ''.join(f'    {{{number}, &{name}::table, {bits}}},\n' for number, name, bits in listed)
+    declared = f"""#pragma once
+
+#include <cstddef>
+#include <cstdint>
+
+#include "core/charset/tables/double_byte_tables.h"
+
+namespace zantrel::tables {{
+
+struct EucTwPlane {{
+  unsigned number;
+  const DoubleByteTable* table;
+  const std::uint8_t* supplementary;  ///< bit (lead - A1) * 94 + trail - A1: add U+20000
+}};
+
+extern const EucTwPlane kEucTwPlanes[{len(listed)}];
+inline constexpr std::size_t kEucTwReverseBlocks = {len(keys) + 1};
+
+}}  // namespace zantrel::tables
+"""
+    (folder / 'euc_tw_planes.h').write_text(HEAD.format(sources='glibc EUC-TW') + declared)
+    (folder / 'euc_tw_planes.cpp').write_text(
+        HEAD.format(sources='glibc EUC-TW') + '// clang-format off\n\n'
+        '#include "core/charset/tables/euc_tw_planes.h"\n\nnamespace zantrel::tables {\n' + bodies +
+        f'\nconst EucTwPlane kEucTwPlanes[{len(listed)}] = {{\n{table}}};\n\n'
+        '}  // namespace zantrel::tables\n')
+    return len(CNS_PLANES) * (94 * 94 // 8 + 1)
+
+
+def write_gb18030(folder, two_byte):
+    """Runs of basic-plane characters without a two-byte code, as the four-byte codes number them."""
+    taken = {ord(text) for text in two_byte.values()}
+    ranges, number, previous = [], 0, None
+    for point in range(0x80, 0x10000):
+        if point in taken or 0xD800 <= point < 0xE000:
+            continue
+        if previous != point - 1:
+            ranges.append((point, number))
+        previous = point
+        number += 1
+    if number != 39420:
+        raise sources.SourceError(f'GB 18030: {number} four-byte codes instead of 39420')
+    text = HEAD.format(sources='ICU (windows-936-2000), GB 18030-2000')
+    text += """#pragma once
+
+#include <cstdint>
+
+namespace zantrel::tables {
+
+struct Gb18030Range {
+  std::uint16_t first;   ///< first code point of a run
+  std::uint16_t number;  ///< number of its four-byte code, 0 for 81308130
+};
+
+// clang-format off
+inline constexpr Gb18030Range kGb18030Ranges[] = {
+"""
+    text += rows([f'{{0x{first:04X}, {number}}}' for first, number in ranges], 6, '{},')
+    (folder / 'gb18030_ranges.h').write_text(
+        text + '};\n// clang-format on\n\n}  // namespace zantrel::tables\n')
+    return 4 * len(ranges)
+
+
 def main():
     parser = argparse.ArgumentParser(description=__doc__.split('\n', 1)[0])
     parser.add_argument('--codepage', required=True, help='folder of the npm package "codepage"')
@@ -285,7 +372,10 @@ def main():
     args.output.mkdir(parents=True, exist_ok=True)
     try:
         size = write_single(args.output, single_pages(args))
-        size += write_double(args.output, double_pages(args))
+        pages = double_pages(args)
+        size += write_double(args.output, pages)
+        size += write_euc_tw(args.output, pages)
+        size += write_gb18030(args.output, pages['Page54936'][0])
     except sources.SourceError as error:
         sys.exit(f'gen_charset_tables: {error}')
     print(f'{size} bytes of tables')

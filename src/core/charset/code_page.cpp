@@ -4,6 +4,9 @@
 #include <iterator>
 
 #include "core/charset/double_byte.h"
+#include "core/charset/euc_jp.h"
+#include "core/charset/euc_tw.h"
+#include "core/charset/gb18030.h"
 #include "core/charset/single_byte.h"
 #include "core/charset/tables/double_byte_tables.h"
 #include "core/charset/tables/single_byte_tables.h"
@@ -69,7 +72,10 @@ constexpr CodePage kPages[] = {
     single<kPage28596>(28596), single<kPage28597>(28597), single<kPage28598>(28598),
     single<kPage28599>(28599), single<kPage28603>(28603), single<kPage28605>(28605),
     single<kPage29001>(29001), single<kPage38598>(38598), single<kPage50000>(50000),
+    {51932, makeEucJpDecoder, makeEucJpEncoder},
     pair<Page936>(51936), pair<Page20949>(51949),
+    {51950, makeEucTwDecoder, makeEucTwEncoder},
+    {54936, makeGb18030Decoder, makeGb18030Encoder},
     {65001, makeUtf8Decoder, makeUtf8Encoder},
     {65005, makeUtf32LeDecoder, makeUtf32LeEncoder},
     {65006, makeUtf32BeDecoder, makeUtf32BeEncoder},

@@ -108,9 +108,9 @@ struct EbcdicTaiwanese {
   static const DoubleByteTable table;
   static constexpr std::size_t kReverseBlocks = 462;
 };
-struct CnsPlane1 {
+struct Page51950 {
   static const DoubleByteTable table;
-  static constexpr std::size_t kReverseBlocks = 353;
+  static constexpr std::size_t kReverseBlocks = 355;
 };
 struct CnsPlane2 {
   static const DoubleByteTable table;

@@ -1,0 +1,209 @@
+#pragma once
+// The codecs of the double-byte pages as templates: some charsets add codes of three or four bytes
+// to a double-byte table, and say in a `Long` class how those are read and written. Only the
+// engines of such charsets include this file.
+
+#include <algorithm>
+#include <memory>
+
+#include "core/charset/ascii_run.h"
+#include "core/charset/double_byte.h"
+#include "core/charset/utf16_units.h"
+
+namespace zantrel {
+
+/// What a Long class found at the start of the bytes or units it was given.
+struct LongCode {
+  enum class Kind : std::uint8_t {
+    None,       ///< no long code begins here
+    Whole,      ///< `used` of the input become the `written` first items of the output
+    Bad,        ///< `used` bytes look like a code, but mean nothing
+    Truncated,  ///< the input ends inside a code
+  };
+  Kind kind = Kind::None;
+  std::uint8_t used = 0;
+  std::uint8_t written = 0;
+  char16_t units[2] = {};      ///< output of decoding
+  std::uint8_t bytes[4] = {};  ///< output of encoding
+};
+
+/// A page without long codes.
+struct NoLongCodes {
+  static LongCode decode(ByteSpan) noexcept { return {}; }
+  static LongCode encode(std::span<const char16_t>) noexcept { return {}; }
+};
+
+template <class Long>
+class DoubleByteDecoder final : public Decoder {
+ public:
+  explicit DoubleByteDecoder(const DoubleByteTable& table) : table_(table) {}
+
+  CodecResult decode(ByteSpan in, bool last, std::span<char16_t> out) override {
+    const std::uint8_t* p = in.data();
+    const std::uint8_t* const end = p + in.size();
+    char16_t* o = out.data();
+    char16_t* const outEnd = o + out.size();
+    CodecResult result;
+    while (true) {
+      decodePairs(p, end, o, outEnd);
+      if (p == end) break;
+      if (o == outEnd) {
+        result.stop = CodecStop::OutputFull;
+        break;
+      }
+      if (!decodeOther(p, end, last, o, outEnd, result)) break;
+    }
+    result.consumed = static_cast<std::size_t>(p - in.data());
+    result.produced = static_cast<std::size_t>(o - out.data());
+    return result;
+  }
+
+ private:
+  /// Pairs up to the first byte or pair that is something else, or the end of a span.
+  void decodePairs(const std::uint8_t*& in, const std::uint8_t* end, char16_t*& out,
+                   const char16_t* outEnd) const noexcept {
+    const DoubleByteRow* const rows = table_.rows;
+    const char16_t* const cells = tables::kDoubleByteCells;
+    const std::uint8_t* p = in;
+    char16_t* o = out;
+    const auto most = std::min((end - p) / 2, outEnd - o);
+    for (const char16_t* const stop = o + most; o != stop; p += 2) {
+      const DoubleByteRow row = rows[p[0]];
+      const unsigned cell = static_cast<unsigned>(p[1]) - row.first;
+      if (cell >= row.count) break;
+      const char16_t unit = cells[row.offset + cell];
+      if (unit == kUndefined) break;
+      *o++ = unit;
+    }
+    in = p;
+    out = o;
+  }
+
+  /// A run of ASCII, one other character, or the trouble that ended the pairs (false).
+  bool decodeOther(const std::uint8_t*& p, const std::uint8_t* end, bool last, char16_t*& o,
+                   char16_t* outEnd, CodecResult& result) const noexcept {
+    if (*p < 0x80 && table_.asciiLow) {
+      const auto run = widenAscii(p, static_cast<std::size_t>(std::min(end - p, outEnd - o)), o);
+      p += run;
+      o += run;
+      return true;
+    }
+    const LongCode code = Long::decode({p, end});
+    if (code.kind == LongCode::Kind::Whole) {
+      if (outEnd - o < code.written) {
+        result.stop = CodecStop::OutputFull;
+        return false;
+      }
+      p += code.used;
+      o = std::copy_n(code.units, code.written, o);
+      return true;
+    }
+    const bool isLead = table_.rows[*p].count != 0;
+    if (!isLead && table_.single[*p] != kUndefined) {
+      *o++ = table_.single[*p++];
+      return true;
+    }
+    const bool truncated = code.kind == LongCode::Kind::Truncated || (isLead && end - p == 1);
+    result.stop = truncated && !last ? CodecStop::Truncated : CodecStop::Invalid;
+    result.badLength = 1;
+    if (code.kind == LongCode::Kind::Bad) {
+      result.badLength = code.used;
+    } else if (code.kind == LongCode::Kind::None && end - p > 1 && isEmptyCell(p[0], p[1])) {
+      result.badLength = 2;
+    }
+    return false;
+  }
+
+  /// A pair of a lead byte and a trail byte beyond ASCII that has no character is one bad item. Any
+  /// other byte behind a lead byte is read afresh.
+  bool isEmptyCell(std::uint8_t lead, std::uint8_t trail) const noexcept {
+    const DoubleByteRow& row = table_.rows[lead];
+    return static_cast<unsigned>(trail) - row.first < row.count && trail >= 0x80;
+  }
+
+  const DoubleByteTable& table_;
+};
+
+template <class Long>
+class DoubleByteEncoder final : public Encoder {
+ public:
+  explicit DoubleByteEncoder(const DoubleByteReverse& reverse) : reverse_(reverse) {}
+
+  CodecResult encode(std::span<const char16_t> in, bool last,
+                     std::span<std::uint8_t> out) override {
+    const char16_t* p = in.data();
+    const char16_t* const end = p + in.size();
+    std::uint8_t* o = out.data();
+    std::uint8_t* const outEnd = o + out.size();
+    CodecResult result;
+    while (true) {
+      encodePairs(p, end, o, outEnd);
+      if (p == end) break;
+      if (o == outEnd) {
+        result.stop = CodecStop::OutputFull;
+        break;
+      }
+      if (!encodeOther(p, end, last, o, outEnd, result)) break;
+    }
+    result.consumed = static_cast<std::size_t>(p - in.data());
+    result.produced = static_cast<std::size_t>(o - out.data());
+    return result;
+  }
+
+ private:
+  /// Units of two-byte codes up to the first of another kind, or the end of a span.
+  void encodePairs(const char16_t*& in, const char16_t* end, std::uint8_t*& out,
+                   const std::uint8_t* outEnd) const noexcept {
+    const std::uint16_t* const cells = reverse_.cells;
+    const char16_t* p = in;
+    std::uint8_t* o = out;
+    const auto most = std::min(end - p, (outEnd - o) / 2);
+    for (const char16_t* const stop = p + most; p != stop; ++p) {
+      const std::uint16_t code = cells[reverse_.blockAt[*p / DoubleByteReverse::kBlockUnits] +
+                                       *p % DoubleByteReverse::kBlockUnits];
+      if (code < 0x100) break;
+      o[0] = static_cast<std::uint8_t>(code >> 8);
+      o[1] = static_cast<std::uint8_t>(code);
+      o += 2;
+    }
+    in = p;
+    out = o;
+  }
+
+  /// A run of ASCII, one other character, or trouble (false).
+  bool encodeOther(const char16_t*& p, const char16_t* end, bool last, std::uint8_t*& o,
+                   std::uint8_t* outEnd, CodecResult& result) const noexcept {
+    if (*p < 0x80 && reverse_.asciiLow) {
+      const auto run = narrowAscii(p, static_cast<std::size_t>(std::min(end - p, outEnd - o)), o);
+      p += run;
+      o += run;
+      return true;
+    }
+    const std::uint16_t code = reverse_.code(*p);
+    if (code >= 0x100) {  // encodePairs() had no room for it
+      result.stop = CodecStop::OutputFull;
+      return false;
+    }
+    if (code != 0 || *p == 0) {
+      *o++ = static_cast<std::uint8_t>(code);
+      ++p;
+      return true;
+    }
+    const LongCode item = Long::encode({p, end});
+    if (item.kind != LongCode::Kind::Whole) {
+      stopAtUnit({p, end}, last, result);
+      return false;
+    }
+    if (outEnd - o < item.written) {
+      result.stop = CodecStop::OutputFull;
+      return false;
+    }
+    p += item.used;
+    o = std::copy_n(item.bytes, item.written, o);
+    return true;
+  }
+
+  const DoubleByteReverse& reverse_;
+};
+
+}  // namespace zantrel
