@@ -135,6 +135,7 @@ TEST(HtmlCharsetTest, RewritesDocumentsThatAreNotAscii) {
 
 TEST(HtmlCharsetTest, TellsMarksApart) {
   EXPECT_EQ(findByteOrderMark(asBytes("\xFF\xFE\0\0"sv)).codePage, 65005);
+  EXPECT_EQ(findByteOrderMark(asBytes("\xFF\xFE\0\0"sv), 1201).codePage, 1200);
   EXPECT_EQ(findByteOrderMark(asBytes("\xFF\xFE\0a"sv)).codePage, 1200);
   EXPECT_EQ(findByteOrderMark(asBytes("\xEF\xBB"sv)).codePage, 0);
   EXPECT_TRUE(byteOrderMarkOf(1252).empty());

@@ -50,25 +50,6 @@ bool beginsMark(const Marks& marks, ByteSpan bytes) noexcept {
   });
 }
 
-/// Some targets are defined as a conversion to another page followed by a rewriting of that page's
-/// bytes; default bytes then belong to the page in between.
-int pageInBetween(int target) noexcept {
-  switch (target) {
-    case codepage::kUtf7:
-    case codepage::kUtf16Be:
-      return codepage::kUtf16Le;
-    case codepage::kUtf32Le:
-    case codepage::kUtf32Be:
-      return codepage::kUtf8;
-    case codepage::kIso2022Kr:
-      return codepage::kKorean;
-    default:
-      if (target >= codepage::kIso2022JpFirst && target <= codepage::kIso2022JpLast)
-        return codepage::kShiftJis;
-      return codepage::kUnknown;
-  }
-}
-
 /// Room for at least `least` bytes, growing by half so that many small blocks cost linear time.
 /// Gives `wanted` bytes if they are there or the buffer grows anyway; `room` says how many. Null
 /// when storage cannot be had.
@@ -84,6 +65,23 @@ std::uint8_t* roomFor(DataBuffer& out, std::size_t least, std::size_t wanted, st
 }
 
 }  // namespace
+
+int defaultBytesCodePage(int target) noexcept {
+  switch (target) {
+    case codepage::kUtf7:
+    case codepage::kUtf16Be:
+      return codepage::kUtf16Le;
+    case codepage::kUtf32Le:
+    case codepage::kUtf32Be:
+      return codepage::kUtf8;
+    case codepage::kIso2022Kr:
+      return codepage::kKorean;
+    default:
+      if (target >= codepage::kIso2022JpFirst && target <= codepage::kIso2022JpLast)
+        return codepage::kShiftJis;
+      return target;
+  }
+}
 
 struct CharsetStream::Impl {
   enum class Mode : std::uint8_t { None, Copy, Swap, Tables };
@@ -441,8 +439,8 @@ bool CharsetStream::Impl::writeRaw(ByteSpan bytes, DataBuffer& out) {
 }
 
 bool CharsetStream::Impl::writeDefaultBytes(DataBuffer& out) {
-  const int between = pageInBetween(to);
-  if (between == codepage::kUnknown) return writeRaw(defaultBytes, out);
+  const int between = defaultBytesCodePage(to);
+  if (between == to) return writeRaw(defaultBytes, out);
   const CodePage* page = findCodePage(between);
   if (page == nullptr) return false;
   const DecoderPtr reader = page->makeDecoder();

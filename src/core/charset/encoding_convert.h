@@ -30,6 +30,11 @@ struct ConvertOptions {
   int altCodePage = 0;
 };
 
+/// The code page that default bytes are in for a target. Some targets are defined as a conversion to
+/// another page followed by a rewriting of that page's bytes (UTF-7, UTF-16BE, UTF-32 and the
+/// ISO-2022 pages); default bytes then are in the page in between, else in the target itself.
+int defaultBytesCodePage(int toCodePage) noexcept;
+
 /// A streaming conversion: feed() takes pieces of any size, finish() ends the text.
 class CharsetStream {
  public:

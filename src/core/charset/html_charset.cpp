@@ -27,23 +27,6 @@
 namespace zantrel {
 namespace {
 
-constexpr std::array<std::uint8_t, 3> kMarkUtf8{0xEF, 0xBB, 0xBF};
-constexpr std::array<std::uint8_t, 2> kMarkUtf16Le{0xFF, 0xFE};
-constexpr std::array<std::uint8_t, 2> kMarkUtf16Be{0xFE, 0xFF};
-constexpr std::array<std::uint8_t, 4> kMarkUtf32Le{0xFF, 0xFE, 0x00, 0x00};
-constexpr std::array<std::uint8_t, 4> kMarkUtf32Be{0x00, 0x00, 0xFE, 0xFF};
-
-struct MarkRow {
-  int codePage;
-  ByteSpan bytes;
-};
-// The four-byte marks stand first: one of them begins with a two-byte mark.
-constexpr std::array<MarkRow, 5> kMarks{{{codepage::kUtf32Le, kMarkUtf32Le},
-                                         {codepage::kUtf32Be, kMarkUtf32Be},
-                                         {codepage::kUtf8, kMarkUtf8},
-                                         {codepage::kUtf16Le, kMarkUtf16Le},
-                                         {codepage::kUtf16Be, kMarkUtf16Be}}};
-
 struct WideForm {
   int codePage;
   std::size_t unitBytes;
@@ -105,23 +88,6 @@ void hideShiftedText(std::string& view) {
 }
 
 }  // namespace
-
-ByteOrderMark findByteOrderMark(ByteSpan text) noexcept {
-  for (const MarkRow& row : kMarks) {
-    if (text.size() >= row.bytes.size() &&
-        std::equal(row.bytes.begin(), row.bytes.end(), text.begin())) {
-      return {row.codePage, row.bytes.size()};
-    }
-  }
-  return {};
-}
-
-ByteSpan byteOrderMarkOf(int codePage) noexcept {
-  for (const MarkRow& row : kMarks) {
-    if (row.codePage == codePage) return row.bytes;
-  }
-  return {};
-}
 
 /// One pass over the ASCII view of a document. Places are units of the view.
 struct HtmlCharset::Scanner {

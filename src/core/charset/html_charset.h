@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "core/bytes.h"
+#include "core/charset/byte_order_mark.h"
 
 namespace zantrel {
 
@@ -15,18 +16,6 @@ class DataBuffer;
 /// How much of a document is searched. Declarations stand in the head; the bound keeps the search
 /// independent of the document's size, so that whole documents and streamed files agree.
 inline constexpr std::size_t kHtmlHeadBytes = 65536;
-
-/// A Unicode byte-order mark at the start of a text.
-struct ByteOrderMark {
-  int codePage = 0;        ///< 65001, 1200, 1201, 65005 or 65006; 0 when there is no mark
-  std::size_t length = 0;  ///< bytes
-};
-
-/// The mark at the start of `text`. FF FE 00 00 is UTF-32, not UTF-16 with a zero character.
-ByteOrderMark findByteOrderMark(ByteSpan text) noexcept;
-
-/// The bytes of a code page's mark; empty for a page that has none.
-ByteSpan byteOrderMarkOf(int codePage) noexcept;
 
 /// One place of a document that names its charset.
 struct HtmlCharsetDeclaration {
