@@ -34,7 +34,7 @@ bool LogEntry2::store(const std::string_view* tag, const std::string_view* text)
   const std::size_t textSize = text != nullptr ? text->size() : 0;
   if (tagSize >= kAbsent || textSize >= kAbsent) return false;
   if (tagSize + textSize > 0) {
-    bytes_.reset(new (std::nothrow) char[tagSize + textSize]);
+    bytes_.reset(static_cast<char*>(storage::allocate(tagSize + textSize)));
     if (!bytes_) return false;
     if (tagSize > 0) std::memcpy(bytes_.get(), tag->data(), tagSize);
     if (textSize > 0) std::memcpy(bytes_.get() + tagSize, text->data(), textSize);

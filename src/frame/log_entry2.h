@@ -2,9 +2,11 @@
 
 #include <cstdint>
 #include <memory>
+#include <new>
 #include <string_view>
 
 #include "core/ext_ptr_array.h"
+#include "core/storage.h"
 #include "core/zantrel_object.h"
 
 namespace zantrel {
@@ -22,6 +24,13 @@ class LogEntry2 final : public ZantrelObject {
   };
 
   LogEntry2() noexcept = default;
+  static void* operator new(std::size_t size, const std::nothrow_t&) noexcept {
+    return storage::allocate(size);
+  }
+  static void operator delete(void* block) noexcept { storage::release(block); }
+  static void operator delete(void* block, const std::nothrow_t&) noexcept {
+    storage::release(block);
+  }
   /// Deletes the children, at any depth without recursion.
   ~LogEntry2() override;
 
@@ -52,6 +61,10 @@ class LogEntry2 final : public ZantrelObject {
  private:
   static constexpr std::uint32_t kAbsent = 0xFFFFFFFF;
 
+  struct Release {
+    void operator()(char* block) const noexcept { storage::release(block); }
+  };
+
   bool setText(Kind kind, std::string_view text);
   bool store(const std::string_view* tag, const std::string_view* text);
   void deleteChildren();
@@ -60,7 +73,7 @@ class LogEntry2 final : public ZantrelObject {
   Kind kind_ = Kind::Info;
   std::uint32_t tagSize_ = kAbsent;
   std::uint32_t textSize_ = kAbsent;
-  std::unique_ptr<char[]> bytes_;  // tag, then text
+  std::unique_ptr<char[], Release> bytes_;  // tag, then text
 };
 
 }  // namespace zantrel

@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "core/log_null.h"
+#include "core/storage.h"
 #include "core/string_buffer.h"
 #include "support/test_data.h"
 
@@ -190,6 +191,41 @@ TEST(LoggerTest, AnyDepthIsRenderedAndReleasedWithoutRecursion) {
   for (int i = 0; i < kDepth; ++i) log.leaveContext();
   log.clearLog();
   EXPECT_EQ(text(log), "ZantrelLog:\r\n");
+}
+
+TEST(LoggerTest, DropsEntriesWithoutStorageAndStaysBalanced) {
+  for (std::size_t successes = 0; successes < 40; ++successes) {
+    Logger log;
+    {
+      const storage::ScopedAllocationFault fault(successes);
+      for (int i = 0; i < 3; ++i) {
+        context(log, "A", [&] {
+          EXPECT_TRUE(log.logData("tag", "value"));
+          context(log, "B", [&] { EXPECT_TRUE(log.logError("text")); });
+        });
+      }
+    }
+    const std::string whole = text(log);
+    EXPECT_TRUE(whole.starts_with("ZantrelLog:\r\n")) << successes;
+    log.clearLog();
+    log.logInfo("works");
+    EXPECT_EQ(text(log), "ZantrelLog:\r\n  works\r\n") << successes;
+  }
+}
+
+TEST(LoggerTest, WithoutStorageForItsRootItKeepsNothingUntilCleared) {
+  Logger log;
+  {
+    const storage::ScopedAllocationFault fault(0);
+    log.clearLog();
+  }
+  log.enterContext("A", false);
+  log.logInfo("lost");
+  log.leaveContext();
+  EXPECT_EQ(text(log), "");
+  log.clearLog();
+  log.logInfo("works");
+  EXPECT_EQ(text(log), "ZantrelLog:\r\n  works\r\n");
 }
 
 TEST(LoggerTest, SavesTheXmlFormToAFile) {
