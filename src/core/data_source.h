@@ -1,0 +1,64 @@
+#pragma once
+// Where engines take long input from: files and memory, in blocks of the size that they ask for.
+
+#include <cstddef>
+#include <cstdint>
+#include <string>
+
+#include "core/bytes.h"
+#include "core/data_buffer.h"
+#include "core/zantrel_object.h"
+#include "platform/file.h"
+
+namespace zantrel {
+
+class DataSink;
+class LogBase;
+
+class DataSource : public ZantrelObject {
+ public:
+  /// The next `wanted` bytes; fewer only where the data end, none behind their end. The block is
+  /// valid until the next call. False, the reason being logged, when reading failed.
+  virtual bool nextBlock(std::size_t wanted, ByteSpan& block, LogBase& log) = 0;
+  /// Bytes from the start to the end, or -1 where that cannot be told (pipe, device).
+  virtual std::int64_t size() const = 0;
+  /// Bytes handed out so far.
+  std::int64_t position() const noexcept { return position_; }
+
+ protected:
+  std::int64_t position_ = 0;
+};
+
+/// Reads a file ahead in large pieces.
+class FileDataSource final : public DataSource {
+ public:
+  /// Opens a file by its UTF-8 path; false, the reason being logged, when that failed.
+  bool open(const char* path, LogBase& log);
+  bool nextBlock(std::size_t wanted, ByteSpan& block, LogBase& log) override;
+  std::int64_t size() const override { return file_.isOpen() ? file_.size() : -1; }
+
+ private:
+  bool fill(std::size_t wanted, LogBase& log);
+
+  InputFile file_;
+  std::string path_;
+  DataBuffer ahead_;      // read and not yet given up
+  std::size_t used_ = 0;  // bytes at its front that were handed out
+  bool atEnd_ = false;
+};
+
+/// Reads memory of somebody else, without copying it.
+class MemoryDataSource final : public DataSource {
+ public:
+  explicit MemoryDataSource(ByteSpan bytes) noexcept : bytes_(bytes) {}
+  bool nextBlock(std::size_t wanted, ByteSpan& block, LogBase& log) override;
+  std::int64_t size() const override { return static_cast<std::int64_t>(bytes_.size()); }
+
+ private:
+  ByteSpan bytes_;
+};
+
+/// Moves all that is left of a source into a sink, without committing it.
+bool copyData(DataSource& from, DataSink& to, LogBase& log);
+
+}  // namespace zantrel
