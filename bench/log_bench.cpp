@@ -5,6 +5,7 @@
 #include <malloc.h>
 
 #include "core/string_buffer.h"
+#include "core/xstring.h"
 #include "frame/component.h"
 #include "frame/logger.h"
 
@@ -77,10 +78,9 @@ void createCallAndReadTheLog(benchmark::State& state) {
   for (auto _ : state) {
     Empty component;
     component.Method();
-    StringBuffer text;
-    component.log().getText(text);
-    text.toCRLF();
-    benchmark::DoNotOptimize(text.getString());
+    XString text;
+    component.get_LastErrorText(text);
+    benchmark::DoNotOptimize(text.getUtf8());
   }
 }
 

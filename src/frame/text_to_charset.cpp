@@ -2,10 +2,10 @@
 
 #include <string>
 
+#include "core/charset/byte_order_mark.h"
 #include "core/charset/charset_naming.h"
 #include "core/charset/code_page.h"
 #include "core/charset/encoding_convert.h"
-#include "core/charset/html_charset.h"
 #include "core/data_buffer.h"
 #include "core/log_base.h"
 #include "core/xstring.h"

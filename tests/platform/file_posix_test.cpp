@@ -3,11 +3,13 @@
 #include <gtest/gtest.h>
 
 #include <cerrno>
+#include <csignal>
 #include <string>
 #include <thread>
 #include <vector>
 
 #include <fcntl.h>
+#include <sys/resource.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -74,6 +76,22 @@ TEST(PosixFileTest, AFullDeviceIsReported) {
   if (::access("/dev/full", W_OK) != 0) GTEST_SKIP() << "no /dev/full";
   EXPECT_EQ(writeWhole("/dev/full", "x"), static_cast<OsError>(ENOSPC));
   EXPECT_EQ(writeWhole("/dev/null", "x"), 0u);
+}
+
+TEST(PosixFileTest, AWriteThatFailsHalfwayLeavesTheOldFile) {
+  const TempFolder folder;
+  const std::string path = folder / "file";
+  test::writeFile(path, "old");
+  const auto before = std::signal(SIGXFSZ, SIG_IGN);
+  rlimit limit{};
+  ASSERT_EQ(::getrlimit(RLIMIT_FSIZE, &limit), 0);
+  const rlimit small{1000, limit.rlim_max};
+  ASSERT_EQ(::setrlimit(RLIMIT_FSIZE, &small), 0);
+  const OsError error = writeWhole(path, std::string(100'000, 'x'));
+  ::setrlimit(RLIMIT_FSIZE, &limit);
+  std::signal(SIGXFSZ, before);
+  EXPECT_EQ(error, static_cast<OsError>(EFBIG));
+  EXPECT_EQ(test::readFile(path), "old");
 }
 
 TEST(PosixFileTest, PipesAreWrittenDirectlyAndHaveNoSize) {
