@@ -189,16 +189,6 @@ class ZANTREL_API ZtString final {
   /// Undoes obfus; false, the text being as it was, for a text that obfus did not make.
   bool unobfus();
 
-  // Bytes as text
-
-  /// Replaces the text by the encoded form of bytes. The encoding is base64, base32, hex, qp, url,
-  /// uu or ansi; an unknown name is base64.
-  bool setFromBytes(ByteView data, Text encoding);
-
-  /// Decodes the text to bytes, as setFromBytes encodes. Invalid input is skipped or misread, not
-  /// reported.
-  bool getBytes(Text encoding, Bytes& data) const;
-
   // Values
 
   /// Number at the start of the text; 0 where there is none.
@@ -210,7 +200,8 @@ class ZANTREL_API ZtString final {
   /// The date that the text is, in UTC; false when it is none.
   bool getSystemTime(DateTime& utc) const;
 
-  /// Sets the text to a date as mails have it, "Tue, 03 Jun 2008 18:05:30 +0000".
+  /// Sets the text to a date as mails have it, "Tue, 03 Jun 2008 18:05:30 +0000". False, the text
+  /// being as it was, for a date that does not exist.
   bool loadSystemTime(const DateTime& utc);
 
   // Files
