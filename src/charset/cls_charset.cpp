@@ -1,11 +1,12 @@
 #include "charset/cls_charset.h"
 
 #include "charset/conversion.h"
-#include "charset/logged_file.h"
 #include "charset/verification.h"
 #include "core/charset/charset_naming.h"
 #include "core/charset/code_page.h"
 #include "core/charset/html_charset.h"
+#include "core/data_sink.h"
+#include "core/data_source.h"
 #include "core/encode/content_coding.h"
 #include "core/encode/html_entities.h"
 #include "core/encode/url_encode.h"
@@ -117,10 +118,10 @@ template <class Convert>
 bool ClsCharset::convertFile(MethodCall& call, const XString& inPath, const XString& outPath,
                              Convert convert) {
   Conversion conversion(settings_, call.log(), call.startProgress(0));
-  LoggedInput in(call.log());
-  LoggedOutput out(call.log());
-  return in.open(inPath.getUtf8()) && out.open(outPath.getUtf8()) && convert(conversion, in, out) &&
-         out.commit();
+  FileDataSource in;
+  FileDataSink out;
+  return in.open(inPath.getUtf8(), call.log()) && out.open(outPath.getUtf8(), call.log()) &&
+         convert(conversion, in, out) && out.commit(call.log());
 }
 
 bool ClsCharset::ConvertData(const DataBuffer& in, DataBuffer& out, ProgressEvent* progress) {
@@ -171,7 +172,7 @@ bool ClsCharset::ConvertFile(const XString& inPath, const XString& outPath,
                              ProgressEvent* progress) {
   return call("ConvertFile", progress, [&](MethodCall& c) {
     return convertFile(
-        c, inPath, outPath, [&](Conversion& conversion, LoggedInput& in, LoggedOutput& out) {
+        c, inPath, outPath, [&](Conversion& conversion, DataSource& in, DataSink& out) {
           return conversion.setSource(settings_.fromCharset) &&
                  conversion.setTarget(settings_.toCharset) && conversion.convert(in, out);
         });
@@ -182,7 +183,7 @@ bool ClsCharset::ConvertHtmlFile(const XString& inPath, const XString& outPath,
                                  ProgressEvent* progress) {
   return call("ConvertHtmlFile", progress, [&](MethodCall& c) {
     return convertFile(
-        c, inPath, outPath, [&](Conversion& conversion, LoggedInput& in, LoggedOutput& out) {
+        c, inPath, outPath, [&](Conversion& conversion, DataSource& in, DataSink& out) {
           return (settings_.fromCharset.isEmpty() || conversion.setSource(settings_.fromCharset)) &&
                  conversion.setTarget(settings_.toCharset) && conversion.convertHtml(in, out);
         });
@@ -201,10 +202,12 @@ bool ClsCharset::GetHtmlCharsetX(const DataBuffer& html, XString& out) {
 
 bool ClsCharset::GetHtmlFileCharsetX(const XString& path, XString& out) {
   return call("GetHtmlFileCharset", [&](MethodCall& c) {
-    LoggedInput in(c.log());
-    DataBuffer head;
-    if (!in.open(path.getUtf8()) || !in.readUpTo(kHtmlHeadBytes, head)) return false;
-    const std::string name = HtmlCharset(head.bytes()).name();
+    FileDataSource in;
+    ByteSpan head;
+    if (!in.open(path.getUtf8(), c.log()) || !in.nextBlock(kHtmlHeadBytes, head, c.log())) {
+      return false;
+    }
+    const std::string name = HtmlCharset(head).name();
     if (name.empty()) c.log().logInfo("The document declares no charset.");
     return out.setFromUtf8(std::string_view(name));
   });
@@ -246,8 +249,9 @@ bool ClsCharset::VerifyData(const XString& charset, const DataBuffer& data) {
 bool ClsCharset::VerifyFile(const XString& charset, const XString& path, ProgressEvent* progress) {
   return call("VerifyFile", progress, [&](MethodCall& c) {
     Verification verification(c.log(), c.startProgress(0));
-    LoggedInput in(c.log());
-    return verification.setCharset(charset) && in.open(path.getUtf8()) && verification.verify(in);
+    FileDataSource in;
+    return verification.setCharset(charset) && in.open(path.getUtf8(), c.log()) &&
+           verification.verify(in);
   });
 }
 

@@ -4,11 +4,12 @@
 #include <string>
 #include <string_view>
 
-#include "charset/logged_file.h"
 #include "core/charset/byte_order_mark.h"
 #include "core/charset/charset_naming.h"
 #include "core/charset/code_page.h"
 #include "core/charset/html_charset.h"
+#include "core/data_sink.h"
+#include "core/data_source.h"
 #include "core/log_base.h"
 #include "frame/progress_monitor.h"
 
@@ -96,10 +97,10 @@ bool Conversion::convert(ByteSpan in, DataBuffer& out) {
   return begin(out) && feed(in, out) && finish(out);
 }
 
-bool Conversion::convert(LoggedInput& in, LoggedOutput& out) {
-  DataBuffer head;
-  if (!in.readUpTo(kBlockBytes, head)) return false;
-  return convertFile(head.bytes().subspan(obeyMark(head.bytes())), in, out);
+bool Conversion::convert(DataSource& in, DataSink& out) {
+  ByteSpan head;
+  if (!in.nextBlock(kBlockBytes, head, log_)) return false;
+  return convertFile(head.subspan(obeyMark(head)), in, out);
 }
 
 bool Conversion::convertHtml(ByteSpan in, DataBuffer& out) {
@@ -110,31 +111,26 @@ bool Conversion::convertHtml(ByteSpan in, DataBuffer& out) {
          feed(in.subspan(headBytes), out) && finish(out);
 }
 
-bool Conversion::convertHtml(LoggedInput& in, LoggedOutput& out) {
-  DataBuffer head;
+bool Conversion::convertHtml(DataSource& in, DataSink& out) {
+  ByteSpan head;
   DataBuffer edited;
   std::size_t headBytes = 0;
-  if (!in.readUpTo(kBlockBytes, head) || !editHtml(head.bytes(), edited, headBytes)) {
-    return false;
-  }
-  return edited.append(head.bytes().subspan(headBytes)) && convertFile(edited.bytes(), in, out);
+  if (!in.nextBlock(kBlockBytes, head, log_) || !editHtml(head, edited, headBytes)) return false;
+  edited.append(head.subspan(headBytes));
+  return convertFile(edited.bytes(), in, out);
 }
 
-bool Conversion::convertFile(ByteSpan head, LoggedInput& in, LoggedOutput& out) {
+bool Conversion::convertFile(ByteSpan head, DataSource& in, DataSink& out) {
   counted_ = in.size() >= 0;
   monitor_.reset(std::max<std::int64_t>(in.size(), 0));
-  DataBuffer block;
   DataBuffer converted;
-  if (!begin(converted) || !feed(head, converted)) return false;
-  for (;;) {
-    if (!out.write(converted.bytes())) return false;
+  if (!begin(converted)) return false;
+  for (ByteSpan block = head; !block.empty();) {
+    if (!feed(block, converted) || !out.write(converted.bytes(), log_)) return false;
     converted.clear();
-    block.clear();
-    if (!in.readUpTo(kBlockBytes, block)) return false;
-    if (block.getSize() == 0) break;
-    if (!feed(block.bytes(), converted)) return false;
+    if (!in.nextBlock(kBlockBytes, block, log_)) return false;
   }
-  return finish(converted) && out.write(converted.bytes());
+  return finish(converted) && out.write(converted.bytes(), log_);
 }
 
 /// A mark at the start of a Unicode file says in which form the file is; in other charsets the same

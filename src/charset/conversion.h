@@ -12,9 +12,9 @@
 
 namespace zantrel {
 
+class DataSink;
+class DataSource;
 class LogBase;
-class LoggedInput;
-class LoggedOutput;
 class ProgressMonitor;
 
 /// Looks up a charset name, "bom:" in front of it left out, and logs it under `tag`. An unknown one
@@ -37,12 +37,12 @@ class Conversion final {
   bool convert(ByteSpan in, DataBuffer& out);
   /// Converts a file in constant memory. Where the source is a form of Unicode, a byte-order mark
   /// at the file's start says which.
-  bool convert(LoggedInput& in, LoggedOutput& out);
+  bool convert(DataSource& in, DataSink& out);
 
   /// Converts an HTML document and has it declare the target charset. Its own word about its
   /// charset overrides the source, which may be unset.
   bool convertHtml(ByteSpan in, DataBuffer& out);
-  bool convertHtml(LoggedInput& in, LoggedOutput& out);
+  bool convertHtml(DataSource& in, DataSink& out);
 
  private:
   bool begin(DataBuffer& out);
@@ -50,7 +50,7 @@ class Conversion final {
   bool finish(DataBuffer& out);
   std::size_t obeyMark(ByteSpan head);
   bool editHtml(ByteSpan head, DataBuffer& edited, std::size_t& headBytes);
-  bool convertFile(ByteSpan edited, LoggedInput& in, LoggedOutput& out);
+  bool convertFile(ByteSpan edited, DataSource& in, DataSink& out);
   bool fail(const char* error);
   void logLosses();
 

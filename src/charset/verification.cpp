@@ -3,10 +3,10 @@
 #include <algorithm>
 
 #include "charset/conversion.h"
-#include "charset/logged_file.h"
 #include "core/charset/byte_order_mark.h"
 #include "core/charset/code_page.h"
 #include "core/data_buffer.h"
+#include "core/data_source.h"
 #include "core/log_base.h"
 #include "frame/progress_monitor.h"
 
@@ -49,20 +49,20 @@ bool Verification::verify(ByteSpan bytes) {
   return check(stream, bytes, false) && check(stream, {}, true);
 }
 
-bool Verification::verify(LoggedInput& in) {
+bool Verification::verify(DataSource& in) {
   monitor_.setHoldFinal100(true);
   monitor_.reset(std::max<std::int64_t>(in.size(), 0));
-  DataBuffer block;
-  if (!in.readUpTo(kBlockBytes, block)) return false;
-  if (findByteOrderMark(block.bytes(), codePage_).codePage == otherOrderOf(codePage_)) {
+  ByteSpan block;
+  if (!in.nextBlock(kBlockBytes, block, log_)) return false;
+  if (findByteOrderMark(block, codePage_).codePage == otherOrderOf(codePage_)) {
     codePage_ = otherOrderOf(codePage_);
     log_.logInfo("The byte-order mark tells the other byte order.");
   }
   CharsetStream stream(codePage_, witnessOf(codePage_), {ErrorAction::Fail});
-  while (block.getSize() > 0) {
-    if (!check(stream, block.bytes(), false)) return false;
+  while (!block.empty()) {
+    if (!check(stream, block, false)) return false;
     if (in.size() >= 0) {
-      monitor_.consume(block.getSize());
+      monitor_.consume(static_cast<std::int64_t>(block.size()));
     } else {
       monitor_.abortCheck(0);
     }
@@ -70,8 +70,7 @@ bool Verification::verify(LoggedInput& in) {
       log_.logError("Aborted by the application.");
       return false;
     }
-    block.clear();
-    if (!in.readUpTo(kBlockBytes, block)) return false;
+    if (!in.nextBlock(kBlockBytes, block, log_)) return false;
   }
   monitor_.end();
   return check(stream, {}, true);

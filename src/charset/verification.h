@@ -7,8 +7,8 @@
 
 namespace zantrel {
 
+class DataSource;
 class LogBase;
-class LoggedInput;
 class ProgressMonitor;
 class XString;
 
@@ -23,7 +23,7 @@ class Verification final {
   bool verify(ByteSpan bytes);
   /// A file in blocks. Where the charset is UTF-16 or UTF-32, a mark of the other byte order at the
   /// file's start is obeyed.
-  bool verify(LoggedInput& in);
+  bool verify(DataSource& in);
 
  private:
   bool check(CharsetStream& stream, ByteSpan piece, bool last);
