@@ -169,7 +169,7 @@ std::string quotedPrintableOf(const std::string& in) {
 }
 
 std::string urlOf(const std::string& in) {
-  std::string out(UrlEncode::encodedSize(asBytes(in)) + 4, '\0');
+  std::string out(UrlEncode::encodedSize(asBytes(in)) + UrlEncode::kSlack, '\0');
   out.resize(UrlEncode::encode(asBytes(in), out.data()));
   return out;
 }

@@ -69,7 +69,7 @@ inline std::string unquotedText(std::string_view in) {
   });
 }
 inline std::string urlEncoded(std::string_view in) {
-  return inExactBlock<char>(UrlEncode::encodedSize(asBytes(in)) + 4,
+  return inExactBlock<char>(UrlEncode::encodedSize(asBytes(in)) + UrlEncode::kSlack,
                             [in](char* out) { return UrlEncode::encode(asBytes(in), out); });
 }
 inline std::string urlDecoded(std::string_view in) {

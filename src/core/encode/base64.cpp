@@ -61,19 +61,22 @@ constexpr auto kWords = [] {
   return words;
 }();
 
-std::uint64_t loadBigEndian48(const std::uint8_t* p) noexcept {
-  return std::uint64_t{p[0]} << 40 | std::uint64_t{p[1]} << 32 | std::uint64_t{p[2]} << 24 |
-         std::uint64_t{p[3]} << 16 | std::uint64_t{p[4]} << 8 | p[5];
+// Written so that compilers make one load and one byte swap of it.
+std::uint64_t loadBigEndian64(const std::uint8_t* p) noexcept {
+  return std::uint64_t{p[0]} << 56 | std::uint64_t{p[1]} << 48 | std::uint64_t{p[2]} << 40 |
+         std::uint64_t{p[3]} << 32 | std::uint64_t{p[4]} << 24 | std::uint64_t{p[5]} << 16 |
+         std::uint64_t{p[6]} << 8 | p[7];
 }
 
 std::size_t encodePortable(const std::uint8_t* in, std::size_t size, char* out) noexcept {
   const char* const start = out;
   std::size_t i = 0;
-  for (; i + 6 <= size; i += 6, out += 8) {
-    const std::uint64_t bits = loadBigEndian48(in + i);
-    const CharPair quad[4] = {kPairs[bits >> 36], kPairs[bits >> 24 & 4095],
-                              kPairs[bits >> 12 & 4095], kPairs[bits & 4095]};
-    std::memcpy(out, quad, 8);
+  for (; i + 8 <= size; i += 6, out += 8) {
+    const std::uint64_t bits = loadBigEndian64(in + i);
+    std::memcpy(out, kPairs[bits >> 52].c, 2);
+    std::memcpy(out + 2, kPairs[bits >> 40 & 4095].c, 2);
+    std::memcpy(out + 4, kPairs[bits >> 28 & 4095].c, 2);
+    std::memcpy(out + 6, kPairs[bits >> 16 & 4095].c, 2);
   }
   for (; i + 3 <= size; i += 3, out += 4) {
     const std::uint32_t bits =
@@ -164,6 +167,8 @@ std::size_t finishGroup(const PartialGroup& group, std::uint8_t* out) noexcept {
 // What the processor at hand runs; null where the portable code does all.
 struct Paths {
   std::size_t (*encode)(const std::uint8_t* in, std::size_t size, char* out) noexcept = nullptr;
+  std::size_t (*encodeLines)(const std::uint8_t* in, std::size_t size, std::size_t lineBytes,
+                             char* out) noexcept = nullptr;
   DecodeProgress (*decodeClean)(const char* in, std::size_t size,
                                 std::uint8_t* out) noexcept = decodeCleanGroups;
   std::size_t (*decodeAll)(const char* in, std::size_t size, std::uint8_t* out) noexcept = nullptr;
@@ -175,9 +180,11 @@ Paths choosePaths() noexcept {
   const CpuFeatures& cpu = cpuFeatures();
   if (cpu.avx512) {
     paths.encode = base64::encodeAvx512;
+    paths.encodeLines = base64::encodeLinesAvx512;
     paths.decodeAll = base64::decodeAvx512;
   } else if (cpu.avx2) {
     paths.encode = base64::encodeAvx2;
+    paths.encodeLines = base64::encodeLinesAvx2;
     paths.decodeClean = base64::decodeCleanAvx2;
   }
 #endif
@@ -213,6 +220,11 @@ std::size_t base64EncodeLines(ByteSpan in, int maxLineLength, char* out) noexcep
   const Paths paths = choosePaths();
   const std::size_t lineGroups = groupsPerLine(maxLineLength);
   const char* const start = out;
+  if (paths.encodeLines != nullptr) {
+    const std::size_t bulk = paths.encodeLines(in.data(), in.size(), lineGroups * 3, out);
+    out += bulk / 3 * 4 + bulk / (lineGroups * 3) * 2;
+    in = in.subspan(bulk);
+  }
   while (!in.empty()) {
     const ByteSpan line = in.first(in.size() < lineGroups * 3 ? in.size() : lineGroups * 3);
     in = in.subspan(line.size());

@@ -37,6 +37,13 @@ struct DecodeProgress {
 std::size_t encodeAvx2(const std::uint8_t* in, std::size_t size, char* out) noexcept;
 std::size_t encodeAvx512(const std::uint8_t* in, std::size_t size, char* out) noexcept;
 
+/// Encode the bulk of the lines of `lineBytes` bytes, each with its CRLF, and return how many bytes
+/// of input they took: a multiple of `lineBytes`, itself a multiple of three.
+std::size_t encodeLinesAvx2(const std::uint8_t* in, std::size_t size, std::size_t lineBytes,
+                            char* out) noexcept;
+std::size_t encodeLinesAvx512(const std::uint8_t* in, std::size_t size, std::size_t lineBytes,
+                              char* out) noexcept;
+
 /// Decodes groups of four up to the first block that holds anything but digits of the alphabet.
 DecodeProgress decodeCleanAvx2(const char* in, std::size_t size, std::uint8_t* out) noexcept;
 /// Decodes the whole text by the whole rule and returns the bytes written.

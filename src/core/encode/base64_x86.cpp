@@ -15,6 +15,7 @@
 #if defined(ZT_X86_64)
 
 #include <array>
+#include <cstring>
 
 #include "platform/x86_intrinsics.h"
 
@@ -56,6 +57,32 @@ alignas(16) constexpr signed char kDecodeOffsets[16] = {0, 16, 19, 4, -65, -65, 
                                                         0, 0,  0,  0, 0,   0,   0,   0};
 alignas(16) constexpr signed char kGather[16] = {2, 1,  0,  6,  5,  4,  10, 9,
                                                  8, 14, 13, 12, -1, -1, -1, -1};
+
+// Encodes 24 bytes a step, read as 16 + 16 at a distance of 12.
+class EncoderAvx2 {
+ public:
+  static constexpr std::size_t kStep = 24;
+  static constexpr std::size_t kReads = 28;
+
+  ZT_TARGET_AVX2 EncoderAvx2() noexcept
+      : spread_(lanes(kSpread)), offsets_(lanes(kEncodeOffsets)) {}
+
+  ZT_TARGET_AVX2 void step(const std::uint8_t* in, char* out) const noexcept {
+    const __m128i low = _mm_loadu_si128(reinterpret_cast<const __m128i*>(in));
+    const __m128i high = _mm_loadu_si128(reinterpret_cast<const __m128i*>(in + 12));
+    const __m256i bytes = _mm256_inserti128_si256(_mm256_castsi128_si256(low), high, 1);
+    const __m256i values = cutFields(_mm256_shuffle_epi8(bytes, spread_));
+    const __m256i capital = _mm256_cmpgt_epi8(_mm256_set1_epi8(26), values);
+    const __m256i kinds = _mm256_or_si256(_mm256_subs_epu8(values, _mm256_set1_epi8(51)),
+                                          _mm256_and_si256(capital, _mm256_set1_epi8(13)));
+    const __m256i text = _mm256_add_epi8(values, _mm256_shuffle_epi8(offsets_, kinds));
+    _mm256_storeu_si256(reinterpret_cast<__m256i*>(out), text);
+  }
+
+ private:
+  __m256i spread_;
+  __m256i offsets_;
+};
 
 // --- AVX-512 ---
 
@@ -102,6 +129,30 @@ ZT_TARGET_AVX512 inline __m512i load(const void* p) noexcept {
 constexpr std::uint64_t lowBits(std::size_t count) noexcept {
   return count >= 64 ? ~std::uint64_t{0} : (std::uint64_t{1} << count) - 1;
 }
+
+class EncoderAvx512 {
+ public:
+  static constexpr std::size_t kStep = 48;
+  static constexpr std::size_t kReads = 64;
+
+  ZT_TARGET_AVX512 EncoderAvx512() noexcept
+      : spread_(load(kSpread512.data())),
+        shifts_(load(kFieldShifts.data())),
+        alphabet_(load(kAlphabet)) {}
+
+  ZT_TARGET_AVX512 __m512i encode(__m512i bytes) const noexcept {
+    const __m512i groups = _mm512_permutexvar_epi8(spread_, bytes);
+    return _mm512_permutexvar_epi8(_mm512_multishift_epi64_epi8(shifts_, groups), alphabet_);
+  }
+  ZT_TARGET_AVX512 void step(const std::uint8_t* in, char* out) const noexcept {
+    _mm512_storeu_si512(out, encode(load(in)));
+  }
+
+ private:
+  __m512i spread_;
+  __m512i shifts_;
+  __m512i alphabet_;
+};
 
 // 64 values to 48 bytes.
 ZT_TARGET_AVX512 inline __m512i pack(__m512i values, __m512i gather) noexcept {
@@ -159,44 +210,58 @@ class LenientDecoder {
 
 ZT_TARGET_AVX2 std::size_t encodeAvx2(const std::uint8_t* in, std::size_t size,
                                       char* out) noexcept {
-  const __m256i spread = lanes(kSpread);
-  const __m256i offsets = lanes(kEncodeOffsets);
+  const EncoderAvx2 encoder;
   std::size_t i = 0;
-  for (; size - i >= 28;
-       i += 24, out += 32) {  // 24 bytes a step, read as 16 + 16 at a distance of 12
-    const __m128i low = _mm_loadu_si128(reinterpret_cast<const __m128i*>(in + i));
-    const __m128i high = _mm_loadu_si128(reinterpret_cast<const __m128i*>(in + i + 12));
-    const __m256i values = cutFields(
-        _mm256_shuffle_epi8(_mm256_inserti128_si256(_mm256_castsi128_si256(low), high, 1), spread));
-    const __m256i capital = _mm256_cmpgt_epi8(_mm256_set1_epi8(26), values);
-    const __m256i kinds = _mm256_or_si256(_mm256_subs_epu8(values, _mm256_set1_epi8(51)),
-                                          _mm256_and_si256(capital, _mm256_set1_epi8(13)));
-    const __m256i text = _mm256_add_epi8(values, _mm256_shuffle_epi8(offsets, kinds));
-    _mm256_storeu_si256(reinterpret_cast<__m256i*>(out), text);
-  }
+  for (; size - i >= EncoderAvx2::kReads; i += EncoderAvx2::kStep, out += 32)
+    encoder.step(in + i, out);
   return i;
 }
 
 ZT_TARGET_AVX512 std::size_t encodeAvx512(const std::uint8_t* in, std::size_t size,
                                           char* out) noexcept {
-  const __m512i spread = load(kSpread512.data());
-  const __m512i shifts = load(kFieldShifts.data());
-  const __m512i alphabet = load(kAlphabet);
-  const auto encode = [&](__m512i bytes) ZT_TARGET_AVX512 {
-    const __m512i groups = _mm512_permutexvar_epi8(spread, bytes);
-    return _mm512_permutexvar_epi8(_mm512_multishift_epi64_epi8(shifts, groups), alphabet);
-  };
+  const EncoderAvx512 encoder;
   std::size_t i = 0;
-  for (; size - i >= 64; i += 48, out += 64) _mm512_storeu_si512(out, encode(load(in + i)));
+  for (; size - i >= EncoderAvx512::kReads; i += EncoderAvx512::kStep, out += 64)
+    encoder.step(in + i, out);
   const std::size_t whole = size / 3 * 3;
   while (i < whole) {
     const std::size_t step = whole - i < 48 ? whole - i : 48;
-    const __m512i text = encode(_mm512_maskz_loadu_epi8(lowBits(step), in + i));
+    const __m512i text = encoder.encode(_mm512_maskz_loadu_epi8(lowBits(step), in + i));
     _mm512_mask_storeu_epi8(out, lowBits(step / 3 * 4), text);
     i += step;
     out += step / 3 * 4;
   }
   return whole;
+}
+
+// Lines are made of whole steps: what the last step writes too much, the line break and the next
+// line overwrite. So as many bytes as a step reads must follow each line taken.
+ZT_TARGET_AVX2 std::size_t encodeLinesAvx2(const std::uint8_t* in, std::size_t size,
+                                           std::size_t lineBytes, char* out) noexcept {
+  const EncoderAvx2 encoder;
+  const std::size_t lineChars = lineBytes / 3 * 4;
+  std::size_t i = 0;
+  for (; size - i >= encoder.kReads && size - i - encoder.kReads >= lineBytes; i += lineBytes) {
+    for (std::size_t k = 0; k < lineBytes; k += encoder.kStep)
+      encoder.step(in + i + k, out + k / 3 * 4);
+    std::memcpy(out + lineChars, "\r\n", 2);
+    out += lineChars + 2;
+  }
+  return i;
+}
+
+ZT_TARGET_AVX512 std::size_t encodeLinesAvx512(const std::uint8_t* in, std::size_t size,
+                                               std::size_t lineBytes, char* out) noexcept {
+  const EncoderAvx512 encoder;
+  const std::size_t lineChars = lineBytes / 3 * 4;
+  std::size_t i = 0;
+  for (; size - i >= encoder.kReads && size - i - encoder.kReads >= lineBytes; i += lineBytes) {
+    for (std::size_t k = 0; k < lineBytes; k += encoder.kStep)
+      encoder.step(in + i + k, out + k / 3 * 4);
+    std::memcpy(out + lineChars, "\r\n", 2);
+    out += lineChars + 2;
+  }
+  return i;
 }
 
 ZT_TARGET_AVX2 DecodeProgress decodeCleanAvx2(const char* in, std::size_t size,

@@ -12,11 +12,11 @@
 #include <charconv>
 #include <cstdint>
 #include <cstring>
-#include <span>
 
 #include "core/encode/buffer_fill.h"
 #include "core/encode/html_entity_table.h"
 #include "core/string_buffer.h"
+#include "core/utf8.h"
 
 namespace zantrel {
 namespace {
@@ -32,18 +32,7 @@ constexpr std::array<std::uint16_t, 32> kC1Meanings = {
     0x2013, 0x2014, 0x02DC, 0x2122, 0x0161, 0x203A, 0x0153, 0x9D,   0x017E, 0x0178};
 
 char* writeUtf8(std::uint32_t c, char* out) noexcept {
-  const auto put = [&out](std::uint32_t byte) { *out++ = static_cast<char>(byte); };
-  if (c < 0x80) {
-    put(c);
-  } else if (c < 0x800) {
-    put(0xC0 | c >> 6), put(0x80 | (c & 63));
-  } else if (c < 0x10000) {
-    put(0xE0 | c >> 12), put(0x80 | (c >> 6 & 63)), put(0x80 | (c & 63));
-  } else {
-    put(0xF0 | c >> 18), put(0x80 | (c >> 12 & 63)), put(0x80 | (c >> 6 & 63)),
-        put(0x80 | (c & 63));
-  }
-  return out;
+  return out + encodeUtf8(static_cast<char32_t>(c), out);
 }
 
 constexpr bool isDecimal(char c) noexcept {
@@ -132,32 +121,6 @@ std::size_t decodeHtml(std::string_view in, char* out) noexcept {
   return static_cast<std::size_t>(out - start);
 }
 
-// Takes one character off the text; U+FFFD stands for a malformed sequence, as far as it could have
-// been the beginning of a well-formed one.
-std::uint32_t takeCharacter(std::string_view& text) noexcept {
-  const auto byteAt = [text](std::size_t i) -> std::uint32_t {
-    return i < text.size() ? static_cast<unsigned char>(text[i]) : 0U;
-  };
-  const std::uint32_t lead = byteAt(0);
-  const std::size_t length = lead < 0x80   ? 1
-                             : lead < 0xC2 ? 0
-                             : lead < 0xE0 ? 2
-                             : lead < 0xF0 ? 3
-                             : lead < 0xF5 ? 4
-                                           : 0;
-  std::uint32_t character = length < 2 ? lead : lead & (0x7FU >> length);
-  std::size_t i = 1;
-  for (; i < length; ++i) {
-    const std::uint32_t byte = byteAt(i);
-    const std::uint32_t low = i > 1 ? 0x80 : lead == 0xE0 ? 0xA0 : lead == 0xF0 ? 0x90 : 0x80;
-    const std::uint32_t high = i > 1 ? 0xBF : lead == 0xED ? 0x9F : lead == 0xF4 ? 0x8F : 0xBF;
-    if (byte < low || byte > high) break;
-    character = character << 6 | (byte & 63);
-  }
-  text.remove_prefix(i);
-  return i == length ? character : kReplacement;
-}
-
 bool entityEncode(std::string_view in, int base, StringBuffer& out) {
   const auto isAscii = [](char c) { return static_cast<unsigned char>(c) < 0x80; };
   const auto others = static_cast<std::uint64_t>(
@@ -173,7 +136,9 @@ bool entityEncode(std::string_view in, int base, StringBuffer& out) {
       end += run;
       rest.remove_prefix(run);
       if (rest.empty()) break;
-      const std::uint32_t character = takeCharacter(rest);
+      const Utf8Character next = decodeUtf8(rest);
+      rest.remove_prefix(next.size);
+      const std::uint32_t character = next.value == kNoCharacter ? kReplacement : next.value;
       *end++ = '&';
       *end++ = '#';
       if (base == 16) *end++ = 'x';

@@ -1,7 +1,9 @@
 // Quoted-printable, RFC 2045 section 6.7.
 //
-// Both directions copy runs: encoding finds the next byte that cannot stand for itself, decoding
-// the next "=" of a line. Only what lies between runs is looked at byte by byte.
+// Encoding stores four characters for every byte and advances by the one or three that count, so
+// that a line needs no branch on what its bytes are; a blank in front of a line end is put right
+// when the line end is met (vector path: escape_x86.cpp). Decoding copies runs up to the next "=",
+// line end or zero byte; the vector paths (quoted_printable_x86.cpp) find and copy a run in one go.
 
 #include "core/encode/quoted_printable.h"
 
@@ -11,11 +13,16 @@
 
 #include "core/data_buffer.h"
 #include "core/encode/buffer_fill.h"
+#include "core/encode/escape_kernels.h"
 #include "core/encode/hex.h"
+#include "core/encode/quoted_printable_kernels.h"
 #include "core/string_buffer.h"
 
 namespace zantrel {
 namespace {
+
+// The engines may write this much past their result: whole vectors, whole table entries.
+constexpr std::size_t kSlack = 64;
 
 // Bytes that stand for themselves everywhere but at the ends of a line.
 constexpr auto kPlain = [] {
@@ -25,15 +32,19 @@ constexpr auto kPlain = [] {
   return plain;
 }();
 
-std::size_t plainRun(const std::uint8_t* in, std::size_t size) noexcept {
-  std::size_t i = 0;
-  while (i < size && kPlain[in[i]]) ++i;
-  return i;
-}
-
+// Arithmetic instead of the table, in blocks that a byte can count: compilers turn it into vectors.
 std::size_t countEscaped(ByteSpan in) noexcept {
   std::size_t count = 0;
-  for (const std::uint8_t byte : in) count += kPlain[byte] ? 0U : 1U;
+  while (!in.empty()) {
+    const ByteSpan block = in.first(std::min<std::size_t>(in.size(), 255));
+    std::uint8_t blockCount = 0;
+    for (const std::uint8_t c : block) {
+      const bool plain = (static_cast<std::uint8_t>(c - 32) < 95 && c != '=') || c == '\t';
+      blockCount = static_cast<std::uint8_t>(blockCount + (plain ? 0 : 1));
+    }
+    count += blockCount;
+    in = in.subspan(block.size());
+  }
   return count;
 }
 
@@ -53,91 +64,135 @@ bool startsBadly(const std::uint8_t* in, std::size_t left) noexcept {
   return *in == '.' || (*in == 'F' && left >= 5 && std::memcmp(in, "From ", 5) == 0);
 }
 
-// Encodes one text; `in_` always points at the next byte.
-class Encoder {
- public:
-  Encoder(ByteSpan in, int maxLineLength, char* out) noexcept
-      : in_(in.data()),
-        end_(in.data() + in.size()),
-        limit_(static_cast<std::size_t>(std::max(maxLineLength, 1))),
-        start_(out),
-        out_(out) {}
-
-  std::size_t run() noexcept {
-    while (in_ != end_) {
-      if (atLineBreak()) {
-        writeBreak();
-        in_ += 2;
-      } else if (column_ == 0 && startsBadly(in_, left())) {
-        escapeOne();
-      } else if (!copyRun()) {
-        escapeOne();
-      }
-      if (column_ >= limit_ && !atLineBreak()) {
-        *out_++ = '=';
-        writeBreak();
-      }
-    }
-    return static_cast<std::size_t>(out_ - start_);
-  }
-
- private:
-  std::size_t left() const noexcept { return static_cast<std::size_t>(end_ - in_); }
-  bool atLineBreak() const noexcept { return left() >= 2 && in_[0] == '\r' && in_[1] == '\n'; }
-  void writeBreak() noexcept {
-    *out_++ = '\r';
-    *out_++ = '\n';
-    column_ = 0;
-  }
-  void escapeOne() noexcept {
-    out_ = writeEscaped(*in_++, out_);
-    column_ += 3;
-  }
-
-  // Copies bytes that stand for themselves, up to the line's limit. False when the next one does
-  // not.
-  bool copyRun() noexcept {
-    std::size_t count = plainRun(in_, std::min(left(), limit_ - column_));
-    if (count == 0) return false;
-    if (isBlank(in_[count - 1])) {
-      const std::size_t behind = left() - count;
-      const bool lineEnds =
-          behind == 0 || (behind >= 2 && in_[count] == '\r' && in_[count + 1] == '\n');
-      if (lineEnds && --count == 0) return false;
-    }
-    std::memcpy(out_, in_, count);
-    in_ += count;
-    out_ += count;
-    column_ += count;
-    return true;
-  }
-
-  const std::uint8_t* in_;
-  const std::uint8_t* const end_;
-  const std::size_t limit_;
-  const char* const start_;
-  char* out_;
-  std::size_t column_ = 0;
+struct Form {
+  char text[4];
 };
 
-// Copies one line's text without its break and resolves its escapes.
-std::uint8_t* decodeLine(const char* in, const char* end, std::uint8_t* out) noexcept {
-  while (in != end) {
-    const auto left = static_cast<std::size_t>(end - in);
-    const auto* const escape = static_cast<const char*>(std::memchr(in, '=', left));
-    const std::size_t run = escape == nullptr ? left : static_cast<std::size_t>(escape - in);
-    std::memcpy(out, in, run);
-    in += run;
-    out += run;
-    while (end - in >= 3 && *in == '=' && isHexDigit(in[1]) && isHexDigit(in[2])) {
-      *out++ = unvalidatedHexPair(in[1], in[2]);
-      in += 3;
-    }
-    if (in != end && *in == '=' && !(end - in >= 3 && isHexDigit(in[1]) && isHexDigit(in[2]))) {
-      *out++ = static_cast<std::uint8_t>(*in++);
-    }
+constexpr auto kForms = [] {
+  std::array<Form, 256> forms{};
+  for (unsigned c = 0; c < 256; ++c) {
+    forms[c] = {{'=', kHexDigits[c >> 4], kHexDigits[c & 15], 0}};
+    if (kPlain[c]) forms[c] = {{static_cast<char>(c), 0, 0, 0}};
   }
+  return forms;
+}();
+
+constexpr auto kLengths = [] {
+  std::array<std::uint8_t, 256> lengths{};
+  for (unsigned c = 0; c < 256; ++c) lengths[c] = kPlain[c] ? 1 : 3;
+  return lengths;
+}();
+
+bool isLineBreak(const std::uint8_t* in, const std::uint8_t* end) noexcept {
+  return end - in >= 2 && in[0] == '\r' && in[1] == '\n';
+}
+
+char* writeLineBreak(char* out) noexcept {
+  out[0] = '\r';
+  out[1] = '\n';
+  return out + 2;
+}
+
+// Encodes bytes until `room` columns are reached, a CRLF is next, or the input ends.
+char* encodeColumns(const std::uint8_t*& in, const std::uint8_t* end, std::size_t room,
+                    char* const start) noexcept {
+  const std::uint8_t* p = in;  // a copy that the stores below cannot alias
+  char* out = start;
+  while (p != end && static_cast<std::size_t>(out - start) < room) {
+    if (*p == '\r' && isLineBreak(p, end)) break;
+    std::memcpy(out, kForms[*p].text, 4);
+    out += kLengths[*p++];
+  }
+  in = p;
   return out;
+}
+
+// One line without its break; `vectors` says that the processor has the fast path.
+char* encodeLine(const std::uint8_t*& in, const std::uint8_t* end, std::size_t limit, char* out,
+                 [[maybe_unused]] bool vectors) noexcept {
+  const std::uint8_t* const first = in;
+  std::size_t room = limit;
+  if (startsBadly(in, static_cast<std::size_t>(end - in))) {
+    out = writeEscaped(*in++, out);
+    room = limit < 3 ? 0 : limit - 3;
+  }
+#if defined(ZT_X86_64)
+  if (vectors) {
+    const escape::Progress done =
+        escape::quotedPrintableLineAvx512(in, static_cast<std::size_t>(end - in), room, out);
+    in += done.consumed;
+    out += done.produced;
+    room -= std::min(room, done.produced);
+  }
+#endif
+  out = encodeColumns(in, end, room, out);
+  const bool atLineEnd = in == end || isLineBreak(in, end);
+  if (atLineEnd && in != first && isBlank(in[-1])) out = writeEscaped(in[-1], out - 1);
+  return out;
+}
+
+bool haveEscapeVectors() noexcept {
+#if defined(ZT_X86_64)
+  return cpuFeatures().avx512;
+#else
+  return false;
+#endif
+}
+
+// Digit values, 0xFF for what is no digit.
+constexpr auto kDigitValues = [] {
+  std::array<std::uint8_t, 256> values{};
+  values.fill(0xFF);
+  for (unsigned value = 0; value < 16; ++value) {
+    values[static_cast<unsigned char>(kHexDigits[value])] = static_cast<std::uint8_t>(value);
+    values[static_cast<unsigned char>(kHexDigits[value]) | 0x20U] =
+        static_cast<std::uint8_t>(value);
+  }
+  return values;
+}();
+
+// Whether one of eight bytes is zero.
+constexpr bool hasZeroByte(std::uint64_t word) noexcept {
+  return ((word - 0x0101'0101'0101'0101) & ~word & 0x8080'8080'8080'8080) != 0;
+}
+
+std::size_t copyRunPortable(const char* in, std::size_t size, std::uint8_t* out) noexcept {
+  std::size_t i = 0;
+  for (; size - i >= 8; i += 8) {
+    std::uint64_t word;
+    std::memcpy(&word, in + i, 8);
+    std::memcpy(out + i, &word, 8);
+    if (hasZeroByte(word) || hasZeroByte(word ^ 0x3D3D'3D3D'3D3D'3D3D) ||  // "="
+        hasZeroByte(word ^ 0x0A0A'0A0A'0A0A'0A0A))                         // LF
+      break;
+  }
+  for (; i < size && in[i] != '=' && in[i] != '\n' && in[i] != '\0'; ++i)
+    out[i] = static_cast<std::uint8_t>(in[i]);
+  return i;
+}
+
+using CopyRun = std::size_t (*)(const char* in, std::size_t size, std::uint8_t* out) noexcept;
+
+CopyRun chooseCopyRun() noexcept {
+#if defined(ZT_X86_64)
+  const CpuFeatures& cpu = cpuFeatures();
+  if (cpu.avx512) return quoted_printable::copyRunAvx512;
+  if (cpu.avx2) return quoted_printable::copyRunAvx2;
+#endif
+  return copyRunPortable;
+}
+
+// Drops the blanks, tabs and CRs at the end of what was copied from `run` on.
+std::uint8_t* trimBlanks(const std::uint8_t* run, std::uint8_t* out) noexcept {
+  while (out != run && (isBlank(out[-1]) || out[-1] == '\r')) --out;
+  return out;
+}
+
+// Where the line ends that holds nothing but blanks from `in` on: at its LF or at the end of the
+// text; null when something else stands there.
+const char* blankLineEnd(const char* in, const char* end) noexcept {
+  while (in != end && (*in == ' ' || *in == '\t' || *in == '\r')) ++in;
+  return in == end || *in == '\n' || *in == '\0' ? in : nullptr;
 }
 
 }  // namespace
@@ -149,35 +204,68 @@ std::size_t quotedPrintableMaxSize(ByteSpan in, int maxLineLength) noexcept {
   const std::uint64_t columns = in.size() + std::uint64_t{countEscaped(in)} * 2;
   const std::uint64_t lines =
       columns / static_cast<std::uint64_t>(std::max(maxLineLength - 4, 1)) + 1;
-  return in.empty() ? 0 : clampSize(columns + lines * 7);
+  return clampSize(columns + lines * 7 + kSlack);
 }
 
 std::size_t quotedPrintableEncode(ByteSpan in, int maxLineLength, char* out) noexcept {
-  return Encoder(in, maxLineLength, out).run();
-}
-
-std::size_t quotedPrintableDecodedMaxSize(std::string_view in) noexcept {
-  return in.size() + static_cast<std::size_t>(std::count(in.begin(), in.end(), '\n'));
-}
-
-std::size_t quotedPrintableDecode(std::string_view in, std::uint8_t* out) noexcept {
-  const std::uint8_t* const start = out;
-  if (const std::size_t zero = in.find('\0'); zero != in.npos) in = in.substr(0, zero);
-  while (!in.empty()) {
-    const std::size_t lineFeed = in.find('\n');
-    const bool broken = lineFeed != in.npos;
-    const char* const line = in.data();
-    const char* end = line + (broken ? lineFeed : in.size());
-    in.remove_prefix(broken ? lineFeed + 1 : in.size());
-    while (end != line && (end[-1] == ' ' || end[-1] == '\t' || end[-1] == '\r')) --end;
-    const bool joined = end != line && end[-1] == '=';
-    out = decodeLine(line, joined ? end - 1 : end, out);
-    if (broken && !joined) {
-      *out++ = '\r';
-      *out++ = '\n';
+  const bool vectors = haveEscapeVectors();
+  const auto limit = static_cast<std::size_t>(std::max(maxLineLength, 1));
+  const char* const start = out;
+  const std::uint8_t* p = in.data();
+  const std::uint8_t* const end = p + in.size();
+  while (p != end) {
+    char* const line = out;
+    out = encodeLine(p, end, limit, line, vectors);
+    if (isLineBreak(p, end)) {
+      out = writeLineBreak(out);
+      p += 2;
+    } else if (static_cast<std::size_t>(out - line) >= limit) {
+      *out++ = '=';
+      out = writeLineBreak(out);
     }
   }
   return static_cast<std::size_t>(out - start);
+}
+
+std::size_t quotedPrintableDecodedMaxSize(std::string_view in) noexcept {
+  return in.size() + static_cast<std::size_t>(std::count(in.begin(), in.end(), '\n')) + kSlack;
+}
+
+std::size_t quotedPrintableDecode(std::string_view in, std::uint8_t* out) noexcept {
+  const CopyRun copyRun = chooseCopyRun();
+  const std::uint8_t* const start = out;
+  const std::uint8_t* run = out;  // what was copied as it stood, and so may be trimmed, begins here
+  const char* p = in.data();
+  const char* const end = p + in.size();
+  while (p != end) {
+    const std::size_t copied = copyRun(p, static_cast<std::size_t>(end - p), out);
+    p += copied;
+    out += copied;
+    while (end - p >= 3 && *p == '=') {
+      const unsigned high = kDigitValues[static_cast<unsigned char>(p[1])];
+      const unsigned low = kDigitValues[static_cast<unsigned char>(p[2])];
+      if ((high | low) > 15) break;
+      *out++ = static_cast<std::uint8_t>(high << 4 | low);
+      run = out;
+      p += 3;
+    }
+    if (p == end || *p == '\0') break;
+    if (*p == '\n') {
+      out = trimBlanks(run, out);
+      *out++ = '\r';
+      *out++ = '\n';
+      run = out;
+      ++p;
+    } else if (*p == '=') {
+      if (const char* const lineEnd = blankLineEnd(p + 1, end); lineEnd != nullptr) {
+        p = lineEnd != end && *lineEnd == '\n' ? lineEnd + 1 : lineEnd;
+      } else {
+        *out++ = static_cast<std::uint8_t>(*p++);
+      }
+      run = out;
+    }
+  }
+  return static_cast<std::size_t>(trimBlanks(run, out) - start);
 }
 
 bool quotedPrintableEncode(ByteSpan in, int maxLineLength, StringBuffer& out) {

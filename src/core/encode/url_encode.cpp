@@ -2,7 +2,8 @@
 // form).
 //
 // The output is counted first. Encoding stores four characters for every byte and advances by the
-// one or three that count, which needs no branch and hence costs the same for every text.
+// one or three that count, which needs no branch and hence costs the same for every text (vector
+// path: escape_x86.cpp).
 
 #include "core/encode/url_encode.h"
 
@@ -11,6 +12,7 @@
 
 #include "core/data_buffer.h"
 #include "core/encode/buffer_fill.h"
+#include "core/encode/escape_kernels.h"
 #include "core/encode/hex.h"
 #include "core/string_buffer.h"
 
@@ -50,6 +52,9 @@ std::size_t UrlEncode::encodedSize(ByteSpan in) noexcept {
 }
 
 std::size_t UrlEncode::encode(ByteSpan in, char* out) noexcept {
+#if defined(ZT_X86_64)
+  if (cpuFeatures().avx512) return escape::urlAvx512(in.data(), in.size(), out);
+#endif
   const char* const start = out;
   for (const std::uint8_t byte : in) {
     std::memcpy(out, kForms[byte].text, 4);
@@ -74,7 +79,7 @@ std::size_t UrlEncode::decode(std::string_view in, std::uint8_t* out) noexcept {
 
 bool UrlEncode::encode(ByteSpan in, StringBuffer& out) {
   if (in.empty()) return true;
-  return appendFilled(out, clampSize(std::uint64_t{encodedSize(in)} + 4),
+  return appendFilled(out, clampSize(std::uint64_t{encodedSize(in)} + kSlack),
                       [in](char* room) { return encode(in, room); });
 }
 

@@ -15,9 +15,12 @@ class StringBuffer;
 
 class UrlEncode final {
  public:
+  static constexpr std::size_t kSlack = 64;
+
   /// Characters that encoding these bytes yields.
   static std::size_t encodedSize(ByteSpan in) noexcept;
-  /// Writes them; `out` has room for encodedSize() + 4. Returns the characters written. "-", ".",
+  /// Writes them; `out` has room for encodedSize() + kSlack, which may be overwritten in passing.
+  /// Returns the characters written. "-", ".",
   /// "_" and "~" are escaped as well.
   static std::size_t encode(ByteSpan in, char* out) noexcept;
   /// Never fails; `out` has room for in.size() bytes. The two characters behind a "%" are not

@@ -1,0 +1,18 @@
+#pragma once
+// The vector paths of quoted-printable decoding, chosen in quoted_printable.cpp only.
+
+#include <cstddef>
+#include <cstdint>
+
+#include "platform/cpu_features.h"
+
+#if defined(ZT_X86_64)
+namespace zantrel::quoted_printable {
+
+/// Copy the bytes in front of the first "=", LF or zero byte and return how many they are. Up to 64
+/// bytes behind the copy may be overwritten.
+std::size_t copyRunAvx2(const char* in, std::size_t size, std::uint8_t* out) noexcept;
+std::size_t copyRunAvx512(const char* in, std::size_t size, std::uint8_t* out) noexcept;
+
+}  // namespace zantrel::quoted_printable
+#endif
