@@ -4,13 +4,17 @@
 #include <iterator>
 
 #include "core/charset/double_byte.h"
+#include "core/charset/ebcdic_mixed.h"
 #include "core/charset/euc_jp.h"
 #include "core/charset/euc_tw.h"
 #include "core/charset/gb18030.h"
+#include "core/charset/iscii.h"
+#include "core/charset/iso2022.h"
 #include "core/charset/single_byte.h"
 #include "core/charset/tables/double_byte_tables.h"
 #include "core/charset/tables/single_byte_tables.h"
 #include "core/charset/unicode_codecs.h"
+#include "core/charset/utf7.h"
 
 namespace zantrel {
 
@@ -72,10 +76,33 @@ constexpr CodePage kPages[] = {
     single<kPage28596>(28596), single<kPage28597>(28597), single<kPage28598>(28598),
     single<kPage28599>(28599), single<kPage28603>(28603), single<kPage28605>(28605),
     single<kPage29001>(29001), single<kPage38598>(38598), single<kPage50000>(50000),
+    {50220, makeIso2022JpDecoder, makeIso2022JpEncoder50220},
+    {50221, makeIso2022JpDecoder, makeIso2022JpEncoder50221},
+    {50222, makeIso2022JpDecoder, makeIso2022JpEncoder50222},
+    {50225, makeIso2022KrDecoder, makeIso2022KrEncoder},
+    {50227, makeIso2022CnDecoder, makeIso2022CnEncoder},
+    {50930, makeEbcdicDecoder50930, makeEbcdicEncoder50930},
+    {50931, makeEbcdicDecoder50931, makeEbcdicEncoder50931},
+    {50933, makeEbcdicDecoder50933, makeEbcdicEncoder50933},
+    {50935, makeEbcdicDecoder50935, makeEbcdicEncoder50935},
+    {50937, makeEbcdicDecoder50937, makeEbcdicEncoder50937},
+    {50939, makeEbcdicDecoder50939, makeEbcdicEncoder50939},
     {51932, makeEucJpDecoder, makeEucJpEncoder},
     pair<Page936>(51936), pair<Page20949>(51949),
     {51950, makeEucTwDecoder, makeEucTwEncoder},
+    {52936, makeHzDecoder, makeHzEncoder},
     {54936, makeGb18030Decoder, makeGb18030Encoder},
+    {57002, makeIsciiDecoder57002, makeIsciiEncoder57002},
+    {57003, makeIsciiDecoder57003, makeIsciiEncoder57003},
+    {57004, makeIsciiDecoder57004, makeIsciiEncoder57004},
+    {57005, makeIsciiDecoder57005, makeIsciiEncoder57005},
+    {57006, makeIsciiDecoder57006, makeIsciiEncoder57006},
+    {57007, makeIsciiDecoder57007, makeIsciiEncoder57007},
+    {57008, makeIsciiDecoder57008, makeIsciiEncoder57008},
+    {57009, makeIsciiDecoder57009, makeIsciiEncoder57009},
+    {57010, makeIsciiDecoder57010, makeIsciiEncoder57010},
+    {57011, makeIsciiDecoder57011, makeIsciiEncoder57011},
+    {65000, makeUtf7Decoder, makeUtf7Encoder},
     {65001, makeUtf8Decoder, makeUtf8Encoder},
     {65005, makeUtf32LeDecoder, makeUtf32LeEncoder},
     {65006, makeUtf32BeDecoder, makeUtf32BeEncoder},

@@ -1,0 +1,31 @@
+#pragma once
+// Recognising escape sequences in ISO-2022 text.
+
+#include <cstdint>
+#include <span>
+#include <string_view>
+
+#include "core/bytes.h"
+
+namespace zantrel {
+
+template <class Meaning>
+struct EscapeSequence {
+  std::string_view bytes;  ///< without the ESC in front
+  Meaning meaning;
+};
+
+/// The sequence behind the ESC at in[0], or null; `partial` says that more input could make one.
+template <class Meaning>
+const EscapeSequence<Meaning>* findEscape(std::span<const EscapeSequence<Meaning>> known,
+                                          ByteSpan in, bool& partial) noexcept {
+  partial = false;
+  const std::string_view text = asText(in.subspan(1));
+  for (const EscapeSequence<Meaning>& sequence : known) {
+    if (text.substr(0, sequence.bytes.size()) == sequence.bytes) return &sequence;
+    partial = partial || sequence.bytes.substr(0, text.size()) == text;
+  }
+  return nullptr;
+}
+
+}  // namespace zantrel
