@@ -4,7 +4,6 @@ Each reader returns a dictionary from bytes to text (one or, rarely, two code po
   codepage  the npm package "codepage": unicode.org's tables and dumps of Windows 7 (.NET and NLS)
   charmap   glibc's character maps (Debian package locales, /usr/share/i18n/charmaps)
   icu       the converters of libicuuc
-  python    the codecs of this interpreter
 """
 
 import ctypes
@@ -158,18 +157,4 @@ def icu(name):
             text = converter.decode(lead + trail)
             if text:
                 mapping[lead + trail] = text
-    return mapping
-
-
-# ---- Python ------------------------------------------------------------------------------------
-
-
-def python(codec):
-    """Every one-byte sequence that the codec decodes."""
-    mapping = {}
-    for byte in range(256):
-        try:
-            mapping[bytes([byte])] = bytes([byte]).decode(codec)
-        except UnicodeDecodeError:
-            pass
     return mapping

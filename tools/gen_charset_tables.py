@@ -72,9 +72,9 @@ def single_pages(args):
 
 
 # Double-byte pages that the npm package has as Windows converts them. What another page equals is
-# not listed: 51936 is 936, 51949 is 20949.
+# not listed: 51936 is 936 (but for one private-use point), 51949 is 20949.
 CODEPAGE_DOUBLE = [1361, 10001, 10002, 10003, 10008, 20000, 20001, 20002, 20003, 20004, 20005,
-                   20261, 20932, 20936, 20949, 51932]
+                   20261, 20932, 20936, 20949, 51932, 54936]
 
 # The double-byte halves of the mixed EBCDIC pages, by the ICU converter of the whole page.
 EBCDIC_DOUBLE = {'EbcdicJapanese': 'ibm-939_P120-1999', 'EbcdicKorean': 'ibm-933_P110-1995',
@@ -84,19 +84,12 @@ EBCDIC_DOUBLE = {'EbcdicJapanese': 'ibm-939_P120-1999', 'EbcdicKorean': 'ibm-933
 def double_pages(args):
     """Name -> (mapping, function from a character of several codes to the one to write)."""
     pages = {}
-    # unicode.org's table with the user-defined rows that Windows maps to the private-use area;
-    # Python's codec knows which of several codes Windows writes.
-    shift_jis = sources.codepage(args.codepage, 932)
-    for code, text in sources.icu('ibm-943_P15A-2003').items():
-        if 0xF0 <= code[0] <= 0xF9:
-            shift_jis[code] = text
-    pages['Page932'] = (shift_jis, lambda text: text.encode('cp932'))
-    for page in (936, 949, 950):
-        name = f'windows-{page}-2000'
-        pages[f'Page{page}'] = (sources.icu(name), sources.Icu(name).encode)
-    # GB18030's two-byte codes are those of 936; it has no characters at the bytes 80 and FF.
-    pages['Page54936'] = ({code: text for code, text in pages['Page936'][0].items()
-                           if len(code) == 2 or code[0] < 0x80}, pages['Page936'][1])
+    # unicode.org's tables with the user-defined codes, and what else has two bytes, from the copies
+    # of Windows' tables in ICU, which also know which of several codes Windows writes.
+    for page, name in (932, 'ibm-943_P15A-2003'), *((p, f'windows-{p}-2000') for p in (936, 949, 950)):
+        two_byte = {code: text for code, text in sources.icu(name).items() if len(code) == 2}
+        pages[f'Page{page}'] = (two_byte | sources.codepage(args.codepage, page),
+                                sources.Icu(name).encode)
     for page in CODEPAGE_DOUBLE:
         pages[f'Page{page}'] = (windows(args, page), None)
     for name, converter in EBCDIC_DOUBLE.items():
@@ -342,7 +335,7 @@ def write_gb18030(folder, two_byte):
         number += 1
     if number != 39420:
         raise sources.SourceError(f'GB 18030: {number} four-byte codes instead of 39420')
-    text = HEAD.format(sources='ICU (windows-936-2000), GB 18030-2000')
+    text = HEAD.format(sources='npm package codepage (Windows 7), GB 18030-2000')
     text += """#pragma once
 
 #include <cstdint>

@@ -3,7 +3,8 @@
 //
 // Windows reads and writes the first two only. The third is taken from code page 20932, where the
 // same characters have a trail byte without its high bit, so that texts made elsewhere are read
-// and written back as they were.
+// and written back as they were. The rows behind JIS X 0212 hold vendors' characters there, in an
+// order that other makers of EUC-JP do not share, and are left out.
 
 #include "core/charset/euc_jp.h"
 
@@ -19,6 +20,8 @@ using tables::Page51932;
 
 constexpr std::uint8_t kSingleShift3 = 0x8F;
 
+constexpr std::uint8_t kLastRow = 0xED;  // of JIS X 0212
+
 bool isGraphic(std::uint8_t byte) noexcept {
   return byte >= 0xA1 && byte <= 0xFE;
 }
@@ -33,7 +36,8 @@ struct JisX0212 {
       code.kind = LongCode::Kind::Truncated;
       return code;
     }
-    code.units[0] = Page20932::table.character(in[1], in[2] & 0x7F);
+    code.units[0] =
+        in[1] <= kLastRow ? Page20932::table.character(in[1], in[2] & 0x7F) : kUndefined;
     code.kind = code.units[0] == kUndefined ? LongCode::Kind::Bad : LongCode::Kind::Whole;
     code.used = 3;
     code.written = 1;
@@ -43,7 +47,7 @@ struct JisX0212 {
   static LongCode encode(std::span<const char16_t> in) noexcept {
     LongCode code;
     const std::uint16_t pair = reverseOf<Page20932>().code(in[0]);
-    if (pair < 0x100 || (pair & 0x80) != 0) return code;
+    if (pair < 0x100 || (pair & 0x80) != 0 || pair >> 8 > kLastRow) return code;
     code.kind = LongCode::Kind::Whole;
     code.used = 1;
     code.written = 3;

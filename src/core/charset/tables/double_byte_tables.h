@@ -14,19 +14,15 @@ struct Page932 {
 };
 struct Page936 {
   static const DoubleByteTable table;
-  static constexpr std::size_t kReverseBlocks = 412;
+  static constexpr std::size_t kReverseBlocks = 411;
 };
 struct Page949 {
   static const DoubleByteTable table;
-  static constexpr std::size_t kReverseBlocks = 551;
+  static constexpr std::size_t kReverseBlocks = 550;
 };
 struct Page950 {
   static const DoubleByteTable table;
-  static constexpr std::size_t kReverseBlocks = 454;
-};
-struct Page54936 {
-  static const DoubleByteTable table;
-  static constexpr std::size_t kReverseBlocks = 410;
+  static constexpr std::size_t kReverseBlocks = 453;
 };
 struct Page1361 {
   static const DoubleByteTable table;
@@ -91,6 +87,10 @@ struct Page20949 {
 struct Page51932 {
   static const DoubleByteTable table;
   static constexpr std::size_t kReverseBlocks = 365;
+};
+struct Page54936 {
+  static const DoubleByteTable table;
+  static constexpr std::size_t kReverseBlocks = 440;
 };
 struct EbcdicJapanese {
   static const DoubleByteTable table;
