@@ -16,6 +16,7 @@
 
 #include "core/charset/code_page.h"
 #include "core/charset/encoding_convert.h"
+#include "core/charset/mac_arabic.h"
 #include "core/charset/utf8_utf16.h"
 
 namespace zantrel {
@@ -111,12 +112,14 @@ struct CharsetStream::Impl {
     constexpr bool kLittle = std::endian::native == std::endian::little;
     unitsOut = kLittle && to == codepage::kUtf16Le;
     unitsIn = kLittle && from == codepage::kUtf16Le;
+    if (from == codepage::kMacArabic) rewriter = std::make_unique<MacArabicRewriter>();
   }
 
   bool feed(ByteSpan in, DataBuffer& out);
   bool finish(DataBuffer& out);
 
   bool skipMark(ByteSpan& in);
+  ByteSpan rewrite(ByteSpan in, bool last);
   bool swap(ByteSpan in, DataBuffer& out);
   bool convert(ByteSpan in, bool last, DataBuffer& out);
   bool decodeCarry(ByteSpan& in, DataBuffer& out);
@@ -148,6 +151,8 @@ struct CharsetStream::Impl {
   bool unitsIn = false;
   bool failed = false;  // ErrorAction::Fail has struck
 
+  std::unique_ptr<MacArabicRewriter> rewriter;
+  std::vector<std::uint8_t> rewritten;
   DecoderPtr decoder;
   EncoderPtr encoder;
   EncoderPtr altEncoder;
@@ -174,7 +179,8 @@ bool CharsetStream::Impl::feed(ByteSpan in, DataBuffer& out) {
   if (mode == Mode::None || failed) return false;
   if (mode == Mode::Copy) return out.append(in);
   if (markPending && !skipMark(in)) return true;
-  return mode == Mode::Swap ? swap(in, out) : convert(in, false, out);
+  if (mode == Mode::Swap) return swap(in, out);
+  return convert(rewriter != nullptr ? rewrite(in, false) : in, false, out);
 }
 
 bool CharsetStream::Impl::finish(DataBuffer& out) {
@@ -186,7 +192,15 @@ bool CharsetStream::Impl::finish(DataBuffer& out) {
     carryCount = 0;
     return done;
   }
+  if (rewriter != nullptr && !convert(rewrite({}, true), false, out)) return false;
   return convert({}, true, out) && encodePivot(true, out) && endShiftState(out);
+}
+
+/// What Mac Arabic becomes ahead of its table; the caller's bytes stay as they are.
+ByteSpan CharsetStream::Impl::rewrite(ByteSpan in, bool last) {
+  rewritten.clear();
+  rewriter->rewrite(in, last, rewritten);
+  return rewritten;
 }
 
 /// Collects the bytes that may be a mark. False while more input is needed to tell.
