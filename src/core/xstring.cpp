@@ -41,6 +41,7 @@ XString& XString::operator=(const XString& other) {
   clear();
   if (other.isEmpty()) return *this;
   ansiState_ = other.ansiState_;
+  unicodeLossy_ = other.unicodeLossy_;
   utf8Valid_ = other.utf8Valid_ && utf8_.setString(other.utf8_.view());
   ansiValid_ = other.ansiValid_ && ansi_.setString(other.ansi_.view());
   if (other.unicodeValid_) unicode_ = other.unicode_;
@@ -56,6 +57,7 @@ XString::XString(XString&& other) noexcept : ZantrelObject() {
 XString& XString::operator=(XString&& other) noexcept {
   if (this == &other) return *this;
   ansiState_ = other.ansiState_;
+  unicodeLossy_ = other.unicodeLossy_;
   unicodeValid_ = other.unicodeValid_;
   ansiValid_ = other.ansiValid_;
   utf8Valid_ = other.utf8Valid_;
@@ -170,6 +172,7 @@ bool XString::setFromUnicode2(std::u16string_view text) {
   ansi_.clear();
   utf8Valid_ = ansiValid_ = false;
   unicodeValid_ = true;
+  unicodeLossy_ = false;
   ansiState_ = AnsiState::Unknown;
   return true;
 }
@@ -228,6 +231,7 @@ bool XString::makeUnicode() const {
   }
   unicode_.minimizeMemory();
   unicodeValid_ = true;
+  unicodeLossy_ = !exact;
   return true;
 }
 
@@ -291,7 +295,7 @@ bool XString::getConverted(int codePage, DataBuffer& out) const {
   out.clear();
   if (isEmpty()) return true;
   EncodingConvert converter;
-  if (unicodeValid_) {
+  if (isUnicodeSource()) {
     return converter.EncConvert(codepage::kUtf16Le, codePage, unicode_.getData2(), getSizeUnicode(),
                                 out);
   }

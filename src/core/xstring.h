@@ -175,6 +175,7 @@ class XString final : public ZantrelObject {
   bool makeUnicode() const;
   /// A form known to be lossy is never the source of another.
   bool isAnsiSource() const { return ansiValid_ && ansiState_ != AnsiState::Lossy; }
+  bool isUnicodeSource() const { return unicodeValid_ && !unicodeLossy_; }
   void dropAllButUtf8();
   bool beginEdit();
   bool replaceText(StringBuffer&& utf8);
@@ -185,6 +186,7 @@ class XString final : public ZantrelObject {
   bool saveAs(const char* path, const char* charsetName, bool markUnicode, LogBase& log) const;
 
   mutable AnsiState ansiState_ = AnsiState::Unknown;
+  mutable bool unicodeLossy_ = false;  ///< converted from UTF-8 or ANSI that was not valid
   mutable bool unicodeValid_ = true;
   mutable bool ansiValid_ = true;
   mutable bool utf8Valid_ = true;

@@ -108,6 +108,14 @@ TEST(XStringTest, ALossyAnsiFormIsNeverTheSourceOfAnother) {
   EXPECT_EQ(appended.utf8(), "\xE6\x97\xA5\xE6\x9C\xAC\xC3\xA4");
 }
 
+TEST(XStringTest, ReadingInvalidUtf8AsUtf16LosesNothingOfIt) {
+  XString text("a\xFF");
+  EXPECT_EQ(text.unicode(), u"a\uFFFD");
+  DataBuffer out;
+  EXPECT_TRUE(text.getConverted("utf-8", out));
+  EXPECT_EQ(out.text(), "a\xFF");
+}
+
 TEST(XStringTest, CountsAnsiBytesDeliberatelyWhenTheAnsiFormIsValid) {
   const ScopedAnsi ansi(932);
   XString text;
