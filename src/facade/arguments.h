@@ -233,12 +233,16 @@ class Argument<DataBuffer&, Zantrel::Bytes> : public PlainArgument {
   }
   DataBuffer& native() noexcept { return value_; }
   void deliver() {
+    static constexpr std::size_t kSlack = 4096;
     const std::uint8_t* const data = value_.getData2();
     if (value_.isBorrowed() && data == out_.data()) {
       out_.resize(value_.getSize());
     } else if (data == nullptr) {
       out_.clear();
     } else {
+      // Engines want some room behind what they write: with it the next result of this size fits.
+      out_.clear();
+      out_.reserve(value_.getSize() + kSlack);
       out_.assign(data, data + value_.getSize());
     }
   }
