@@ -189,6 +189,16 @@ class ZANTREL_API ZtString final {
   /// Undoes obfus; false, the text being as it was, for a text that obfus did not make.
   bool unobfus();
 
+  // Bytes as text
+
+  /// Replaces the text by the encoded form of bytes. The encoding is base64, base32, hex, qp, url,
+  /// uu or ansi; an unknown name is base64.
+  bool setFromBytes(ByteView data, Text encoding);
+
+  /// Decodes the text to bytes, as setFromBytes encodes. Invalid input is skipped or misread, not
+  /// reported.
+  bool getBytes(Text encoding, Bytes& data) const;
+
   // Values
 
   /// Number at the start of the text; 0 where there is none.

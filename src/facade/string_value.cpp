@@ -2,6 +2,7 @@
 
 #include <chrono>
 
+#include "core/encode/cls_encode.h"
 #include "core/log_null.h"
 #include "facade/arguments.h"
 
@@ -67,6 +68,15 @@ bool StringValue::getUnicodeX(ByteSpan& out) {
   const std::u16string_view units = string_.unicode();
   out = {reinterpret_cast<const std::uint8_t*>(units.data()), 2 * units.size()};
   return true;
+}
+
+bool StringValue::setFromBytes(const DataBuffer& data, const XString& encoding) {
+  string_.clear();  // "html" encodes nothing and would leave the old text
+  return ClsEncode().Encode(data, encoding, string_, false);
+}
+
+bool StringValue::getBytes(const XString& encoding, DataBuffer& out) {
+  return ClsEncode().Decode(string_, encoding, out, false);
 }
 
 bool StringValue::getSystemTime(Zantrel::DateTime& utc) {

@@ -80,6 +80,9 @@ class StringValue final {
   bool obfus() { return string_.obfus(); }
   bool unobfus() { return string_.unobfus(); }
 
+  bool setFromBytes(const DataBuffer& data, const XString& encoding);
+  bool getBytes(const XString& encoding, DataBuffer& out);
+
   std::int32_t intValue() { return string_.intValue(); }
   double doubleValue() { return string_.doubleValue(); }
   bool getSystemTime(Zantrel::DateTime& utc);

@@ -234,6 +234,14 @@ bool ZtString::unobfus() {
   return facade::call(impl_, "unobfus", &StringValue::unobfus);
 }
 
+bool ZtString::setFromBytes(ByteView data, Text encoding) {
+  return facade::call(impl_, "setFromBytes", &StringValue::setFromBytes, data, encoding);
+}
+
+bool ZtString::getBytes(Text encoding, Bytes& data) const {
+  return facade::call(impl_, "getBytes", &StringValue::getBytes, encoding, data);
+}
+
 int ZtString::intValue() const {
   return facade::call(impl_, "intValue", &StringValue::intValue);
 }

@@ -75,6 +75,12 @@ const std::vector<test::MethodCall<ZtString>> kMethods = {
     {"autoLinkUrls", [](ZtString& object) { return object.autoLinkUrls(); }},
     {"obfus", [](ZtString& object) { return object.obfus(); }},
     {"unobfus", [](ZtString& object) { return object.unobfus(); }},
+    {"setFromBytes", [](ZtString& object) { return object.setFromBytes(ByteView{}, ""); }},
+    {"getBytes",
+     [](ZtString& object) {
+       Bytes data{};
+       return object.getBytes("", data);
+     }},
     {"intValue", [](ZtString& object) { return object.intValue() != 0; }},
     {"doubleValue", [](ZtString& object) { return object.doubleValue() != 0; }},
     {"getSystemTime",

@@ -48,6 +48,22 @@ TEST(ZtStringTest, AMovedFromObjectIsAnEmptyText) {
   EXPECT_EQ(first.getUtf8(), "again");
 }
 
+TEST(ZtStringTest, WritesAnyBytesAsTextInANamedEncoding) {
+  const Bytes bytes{0x00, 0xFF, 0x10, 0x20};
+  for (const char* encoding : {"base64", "base32", "hex", "qp", "url", "uu"}) {
+    SCOPED_TRACE(encoding);
+    ZtString string;
+    EXPECT_TRUE(string.setFromBytes(bytes, encoding));
+    EXPECT_FALSE(string.isEmpty());
+    Bytes back;
+    EXPECT_TRUE(string.getBytes(encoding, back));
+    EXPECT_EQ(back, bytes);
+  }
+  ZtString hex;
+  hex.setFromBytes(bytes, "hex");
+  EXPECT_EQ(hex.getUtf8(), "00FF1020");
+}
+
 TEST(ZtStringTest, ReadsAndWritesDates) {
   ZtString string("Tue, 03 Jun 2008 18:05:30 +0200");
   DateTime utc;
