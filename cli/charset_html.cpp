@@ -1,0 +1,69 @@
+// zantrel charset html: the charset that an HTML document declares, or the document in another one.
+
+#include <CLI/CLI.hpp>
+
+#include <cstdio>
+
+#include "session.h"
+
+namespace zantrel_cli {
+namespace {
+
+struct Options {
+  std::string to, from;
+  std::string input = "-", output = "-";
+};
+
+int showCharset(const Context& context, const Options& options) {
+  Session session(context);
+  Zantrel::Charset& charset = session.charset();
+  std::string name;
+  if (isStandardStream(options.input)) {
+    Zantrel::Bytes in;
+    if (!session.read(options.input, in)) return kFailed;
+    if (!session.report(charset.GetHtmlCharset(in, name))) return kFailed;
+  } else if (!session.report(charset.GetHtmlFileCharset(options.input, name))) {
+    return kFailed;
+  }
+  if (name.empty()) {
+    session.complain("the document declares no charset");
+    return kFailed;
+  }
+  std::printf("%s\n", name.c_str());
+  return kDone;
+}
+
+int convert(const Context& context, const Options& options) {
+  Session session(context);
+  Zantrel::Charset& charset = session.charset();
+  charset.put_FromCharset(options.from);
+  charset.put_ToCharset(options.to);
+  charset.put_ErrorAction(3);  // HTML has an entity for every character
+  const Progress progress(charset, context);
+  if (!isStandardStream(options.input) && !isStandardStream(options.output)) {
+    return session.report(charset.ConvertHtmlFile(options.input, options.output)) ? kDone : kFailed;
+  }
+  Zantrel::Bytes in, out;
+  if (!session.read(options.input, in)) return kFailed;
+  if (!session.report(charset.ConvertHtml(in, out))) return kFailed;
+  return session.write(options.output, out) ? kDone : kFailed;
+}
+
+}  // namespace
+
+void addCharsetHtml(CLI::App& parent, Context& context) {
+  auto options = std::make_shared<Options>();
+  CLI::App* command = parent.add_subcommand(
+      "html", "Show the charset that an HTML document declares, or convert it to another one");
+  command->add_option("-t,--to", options->to, "Charset to convert to and to declare");
+  command->add_option("-f,--from", options->from, "Charset of a document that declares none");
+  command->add_option("-o,--output", options->output, "Output file; - is standard output");
+  command->add_option("file", options->input, "HTML file; - is standard input");
+  command->callback([&context, options] {
+    context.run = [&context, options] {
+      return options->to.empty() ? showCharset(context, *options) : convert(context, *options);
+    };
+  });
+}
+
+}  // namespace zantrel_cli
