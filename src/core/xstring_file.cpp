@@ -1,5 +1,6 @@
 // Whole text files in any charset.
 
+#include "core/charset/byte_order_mark.h"
 #include "core/charset/charset_naming.h"
 #include "core/charset/code_page.h"
 #include "core/charset/encoding_convert.h"
@@ -11,37 +12,6 @@ namespace {
 
 constexpr const char* kConversionError = "Character encoding conversion failed.";
 constexpr std::string_view kBomPrefix = "bom:";
-
-struct ByteOrderMark {
-  int codePage;
-  std::string_view bytes;
-};
-// UTF-32 stands ahead of UTF-16, whose little-endian mark it begins with.
-constexpr ByteOrderMark kMarks[] = {
-    {codepage::kUtf8, "\xEF\xBB\xBF"},
-    {codepage::kUtf32Le, std::string_view("\xFF\xFE\0\0", 4)},
-    {codepage::kUtf32Be, std::string_view("\0\0\xFE\xFF", 4)},
-    {codepage::kUtf16Le, "\xFF\xFE"},
-    {codepage::kUtf16Be, "\xFE\xFF"},
-};
-
-const ByteOrderMark* markOf(int codePage) {
-  for (const ByteOrderMark& mark : kMarks) {
-    if (mark.codePage == codePage) return &mark;
-  }
-  return nullptr;
-}
-
-/// The mark that a file of some form of Unicode begins with, or null. What is said to be UTF-16 may
-/// begin with a zero character, so for it a mark of UTF-32 does not count.
-const ByteOrderMark* findMark(std::string_view content, int codePage) {
-  const bool utf16 = codePage == codepage::kUtf16Le || codePage == codepage::kUtf16Be;
-  for (const ByteOrderMark& mark : kMarks) {
-    if (utf16 && mark.bytes.size() == 4) continue;
-    if (content.substr(0, mark.bytes.size()) == mark.bytes) return &mark;
-  }
-  return nullptr;
-}
 
 bool unknownCharset(const char* name, LogBase& log) {
   log.logError("Unknown charset.");
@@ -58,10 +28,12 @@ bool XString::readFile(const char* path, const char* charsetName, LogBase& log) 
   DataBuffer content;
   if (!content.loadFileUtf8(path, log)) return false;
 
-  const ByteOrderMark* const mark =
-      markOf(named) != nullptr ? findMark(content.text(), named) : nullptr;
-  const int codePage = mark != nullptr ? mark->codePage : named;
-  const std::string_view text = content.text().substr(mark != nullptr ? mark->bytes.size() : 0);
+  // In charsets other than those of Unicode the bytes of a mark are text.
+  const bool isUnicode = !byteOrderMarkOf(named).empty();
+  const ByteOrderMark mark =
+      isUnicode ? findByteOrderMark(content.bytes(), named) : ByteOrderMark{};
+  const int codePage = mark.codePage != 0 ? mark.codePage : named;
+  const std::string_view text = content.text().substr(mark.length);
   EncodingConvert converter;
   DataBuffer converted;
   bool stored = false;
@@ -104,14 +76,14 @@ bool XString::saveAs(const char* path, const char* charsetName, bool markUnicode
     log.logDataLong("ConvertedToNumBytes", static_cast<std::int32_t>(text.getSize()));
     return false;
   }
-  const ByteOrderMark* const mark = markUnicode ? markOf(codePage) : nullptr;
-  if (mark == nullptr) return text.saveToFileUtf8(path, log);
+  const ByteSpan mark = markUnicode ? byteOrderMarkOf(codePage) : ByteSpan{};
+  if (mark.empty()) return text.saveToFileUtf8(path, log);
   DataBuffer content;
-  if (!content.reserve(mark->bytes.size() + text.getSize())) {
+  if (!content.reserve(mark.size() + text.getSize())) {
     log.logError("Out of memory while writing the file.");
     return false;
   }
-  content.append(mark->bytes);
+  content.append(mark);
   content.append(text);
   return content.saveToFileUtf8(path, log);
 }
