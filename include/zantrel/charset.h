@@ -92,7 +92,9 @@ class ZANTREL_API Charset final {
   int get_ErrorAction() const;
   void put_ErrorAction(int value);
 
-  /// Bytes that ErrorAction 2 writes, as they stand in the output.
+  /// Bytes that ErrorAction 2 writes, as they stand in the output. For targets that are written by
+  /// way of another charset they are in that: UTF-16LE for UTF-16BE and UTF-7, UTF-8 for UTF-32,
+  /// shift_jis for ISO-2022-JP, ks_c_5601-1987 for ISO-2022-KR.
   Bytes get_DefaultBytes() const;
   void put_DefaultBytes(ByteView value);
 

@@ -29,6 +29,13 @@ bool isUtf8(ByteSpan bytes) {
                                       bytes.size(), scratch);
 }
 
+/// Looks up a charset for a property, whose setter writes to the log only when it fails.
+int charsetForProperty(const XString& name, const char* tag, LogBase& log) {
+  LogNull quiet;
+  const int codePage = lookUpCharset(name, tag, quiet);
+  return codePage != 0 ? codePage : lookUpCharset(name, tag, log);
+}
+
 void asHex(const DataBuffer& bytes, XString& out) {
   StringBuffer text;
   bytes.toHexString(text);
@@ -52,7 +59,7 @@ bool recode(bool (*codec)(std::string_view, StringBuffer&), const XString& in, X
 // Properties
 
 bool ClsCharset::put_AltToCharset(const XString& name) {
-  if (lookUpCharset(name, "AltToCharset", log()) == 0) return false;
+  if (charsetForProperty(name, "AltToCharset", log()) == 0) return false;
   settings_.altToCharset = name;
   return true;
 }
@@ -70,7 +77,7 @@ void ClsCharset::get_DefaultString(XString& out) {
 }
 
 bool ClsCharset::put_DefaultString(const XString& text) {
-  const int codePage = lookUpCharset(settings_.toCharset, "ToCharset", log());
+  const int codePage = charsetForProperty(settings_.toCharset, "ToCharset", log());
   if (codePage == 0) return false;
   DataBuffer bytes;
   const ByteSpan utf8 = utf8Of(text);

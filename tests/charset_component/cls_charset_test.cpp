@@ -168,8 +168,10 @@ TEST(ClsCharsetTest, NeedsAnAlternativeCharsetForTheActionThatWritesIt) {
 TEST(ClsCharsetTest, KeepsTheOldAlternativeWhenTheNewNameIsUnknown) {
   ClsCharset charset;
   EXPECT_TRUE(charset.put_AltToCharset(XString("koi8-r")));
+  EXPECT_EQ(logOf(charset), "ZantrelLog:\r\n");
   EXPECT_FALSE(charset.put_AltToCharset(XString("no-such")));
   EXPECT_STREQ(charset.settings().altToCharset.getUtf8(), "koi8-r");
+  expectLogged(charset, {"AltToCharset: no-such", "Unknown charset."});
 }
 
 TEST(ClsCharsetTest, HoldsTheDefaultStringAsBytesOfTheTargetCharset) {
@@ -181,7 +183,7 @@ TEST(ClsCharsetTest, HoldsTheDefaultStringAsBytesOfTheTargetCharset) {
   EXPECT_STREQ(text.getUtf8(), "\xD0\xAF");
   EXPECT_FALSE(charset->put_DefaultString(XString("\xE4\xB8\x80")));
   EXPECT_EQ(charset->settings().defaultBytes.text(), "\xF1");
-  for (const std::string_view to : {"utf-16be", "utf-32"}) {
+  for (const std::string_view to : {"utf-16be", "utf-32", "utf-7", "iso-2022-kr", "iso-2022-jp"}) {
     Converter other("utf-8", to, 2);
     Converter back(to, "utf-8");
     ASSERT_TRUE(other->put_DefaultString(XString("<?>")));
