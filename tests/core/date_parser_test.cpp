@@ -4,6 +4,8 @@
 
 #include <ctime>
 #include <string>
+#include <tuple>
+#include <utility>
 
 #include "core/calendar.h"
 #include "core/string_buffer.h"
@@ -96,6 +98,7 @@ TEST(DateParserTest, WritesZonesOfHalfHoursWithTheirSign) {
   }
 }
 
+#ifndef _WIN32  // whose C library knows half of these conversions
 TEST(DateParserTest, FormatsAsTheCLibraryDoes) {
   const char* const layout =
       "%a %A %b %B %c %C %d %D %e %F %h %H %I %j %m %M %n %p %r %R %S %t %T "
@@ -122,6 +125,7 @@ TEST(DateParserTest, FormatsAsTheCLibraryDoes) {
     ASSERT_STREQ(out.getString(), expected);
   }
 }
+#endif
 
 TEST(DateParserTest, FormatsTimesThatAreNoneWithoutReadingOutside) {
   const SystemTime wrong{65535, 65535, 65535, 65535, 65535, 65535, 65535, 65535};
