@@ -8,7 +8,7 @@ jobs=$(nproc)
 packages_of() {
   case $1 in
     build) echo g++ cmake ninja-build ccache libcli11-dev ;;
-    test) echo libgtest-dev libgmock-dev python3 pkg-config ;;
+    test) echo libgtest-dev libgmock-dev python3 pkg-config unicode-data ;;
     sanitize) echo clang llvm libclang-rt-dev ;;
     windows) echo g++-mingw-w64-x86-64-posix googletest wine wine64 ;;
     windows32) echo g++-mingw-w64-i686-posix googletest ;;

@@ -141,13 +141,19 @@ bool XString::toUpperCase() {
   return rewriteWith(appendUpperCase);
 }
 
+// The other forms go last: what is looked for may be part of them.
+
 std::uint32_t XString::replaceAllOccurancesUtf8(std::string_view find,
                                                 std::string_view replacement) {
-  return beginEdit() ? utf8_.replaceAllOccurances(find, replacement) : 0;
+  const std::uint32_t count = makeUtf8() ? utf8_.replaceAllOccurances(find, replacement) : 0;
+  if (utf8Valid_) dropAllButUtf8();
+  return count;
 }
 
 bool XString::replaceFirstOccuranceUtf8(std::string_view find, std::string_view replacement) {
-  return beginEdit() && utf8_.replaceFirstOccurance(find, replacement);
+  const bool found = makeUtf8() && utf8_.replaceFirstOccurance(find, replacement);
+  if (utf8Valid_) dropAllButUtf8();
+  return found;
 }
 
 std::uint32_t XString::replaceChar(char32_t from, char32_t to) {

@@ -175,6 +175,26 @@ TEST(StringBufferTest, ReadsHexadecimalPairsWithoutValidatingThem) {
   }
 }
 
+TEST(StringBufferTest, TakesOverTheBlockOfAByteBuffer) {
+  for (const std::size_t size : {0U, 3U, 20'000U, 30'000U}) {  // the third fills its block
+    DataBuffer bytes;
+    bytes.append(std::string(size, 'x'));
+    StringBuffer buffer("old");
+    ASSERT_TRUE(buffer.takeBytes(bytes));
+    EXPECT_EQ(text(buffer), std::string(size, 'x'));
+    EXPECT_EQ(buffer.getString()[size], '\0');
+    EXPECT_LE(buffer.capacity(), static_cast<int>(size + size / 4 + 203));
+    EXPECT_EQ(bytes.capacity(), 0U);
+    EXPECT_TRUE(buffer.append("y"));
+  }
+  char lent[] = "lent";
+  DataBuffer borrowed;
+  borrowed.borrowData(lent, 4);
+  StringBuffer buffer("old");
+  EXPECT_FALSE(buffer.takeBytes(borrowed));
+  EXPECT_EQ(text(buffer), "old");
+}
+
 TEST(StringBufferTest, LeavesAUsableEmptyBufferBehindWhenMovedFrom) {
   StringBuffer from("text");
   const StringBuffer to(std::move(from));

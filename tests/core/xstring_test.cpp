@@ -140,6 +140,9 @@ TEST(XStringTest, SetsFromItsOwnForms) {
   EXPECT_EQ(text.utf8(), " \xE2\x82\xAC");
   text.append(text);
   EXPECT_EQ(text.unicode(), u" \u20AC \u20AC");
+  text.setFromUtf8("a b a");
+  text.replaceAllOccurancesUtf8(text.ansi().substr(0, 1), text.ansi().substr(2, 1));
+  EXPECT_EQ(text.utf8(), "b b b");
 }
 
 TEST(XStringTest, KeepsZeroCharactersInside) {
