@@ -380,7 +380,7 @@ bool CharsetStream::Impl::encodeUnits(std::span<const char16_t> units, bool last
 /// Byte offset of a unit of the block in work, found by decoding once more up to it.
 std::uint64_t CharsetStream::Impl::offsetOfUnit(std::size_t index) const {
   if (blockIsInput) return blockOffset + 2 * index;
-  if (index <= blockKept) return blockOffset;
+  if (index < blockKept) return blockOffset;
   const CodePage* source = findCodePage(from);
   const DecoderPtr fresh = blockDecoder != nullptr ? nullptr : source->makeDecoder();
   Decoder& again = fresh != nullptr ? *fresh : *blockDecoder;

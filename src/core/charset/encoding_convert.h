@@ -50,7 +50,8 @@ class CharsetStream {
   bool feed(ByteSpan in, DataBuffer& out);
   bool finish(DataBuffer& out);
 
-  /// Counts since the start, and where the first trouble stood (byte offset in the input).
+  /// Counts since the start, and where the first trouble stood (byte offset in the input; in
+  /// UTF-7, whose characters have no bytes of their own, the offset of a byte near it).
   std::uint64_t invalidCount() const noexcept;
   std::uint64_t unmappableCount() const noexcept;
   std::uint64_t firstErrorOffset() const noexcept;

@@ -52,11 +52,12 @@ class ShiftedDecoder final : public Decoder {
     };
     while (result.consumed < in.size()) {
       const ByteSpan rest = in.subspan(result.consumed);
-      if (result.produced == out.size()) return stop(CodecStop::OutputFull);
       const Shift shift = scheme_.control(rest, double_);
       if (shift.to == Shift::To::Unfinished)
         return last ? stop(CodecStop::Invalid, 1) : stop(CodecStop::Truncated);
       if (shift.to == Shift::To::Broken) return stop(CodecStop::Invalid, shift.length);
+      const bool writes = shift.to == Shift::To::None || shift.to == Shift::To::Literal;
+      if (writes && result.produced == out.size()) return stop(CodecStop::OutputFull);
       std::size_t length = shift.length;
       if (shift.to == Shift::To::Literal) {
         out[result.produced++] = rest[0];
