@@ -108,7 +108,7 @@ TEST(Iso2022JpTest, AllThreePagesReadEveryFormOfKana) {
 TEST(Iso2022JpTest, WritesIbmExtensionsInTheNecRows) {
   // FA5C in 932 is U+7E8A, whose NEC double is ED40, row 89.
   EXPECT_EQ(convert(65001, 50220, "\xE7\xBA\x8A").bytes, "\x1B$By!\x1B(B");
-  EXPECT_EQ(convert(50220, 932, "\x1B$By!\x1B(B").bytes, "\xED\x40");
+  EXPECT_EQ(convert(50220, 65001, "\x1B$By!\x1B(B").bytes, "\xE7\xBA\x8A");
   EXPECT_EQ(convert(932, 50220, "\xFA\x5C").bytes, "\x1B$By!\x1B(B");
 }
 
