@@ -73,10 +73,11 @@ std::size_t encodePortable(const std::uint8_t* in, std::size_t size, char* out) 
   std::size_t i = 0;
   for (; i + 8 <= size; i += 6, out += 8) {
     const std::uint64_t bits = loadBigEndian64(in + i);
-    std::memcpy(out, kPairs[bits >> 52].c, 2);
-    std::memcpy(out + 2, kPairs[bits >> 40 & 4095].c, 2);
-    std::memcpy(out + 4, kPairs[bits >> 28 & 4095].c, 2);
-    std::memcpy(out + 6, kPairs[bits >> 16 & 4095].c, 2);
+    const auto pair = [bits](int shift) {
+      return kPairs[static_cast<std::size_t>(bits >> shift & 4095)];
+    };
+    const CharPair quad[4] = {pair(52), pair(40), pair(28), pair(16)};
+    std::memcpy(out, quad, 8);
   }
   for (; i + 3 <= size; i += 3, out += 4) {
     const std::uint32_t bits =

@@ -182,9 +182,9 @@ CopyRun chooseCopyRun() noexcept {
   return copyRunPortable;
 }
 
-// Drops the blanks, tabs and CRs at the end of what was copied from `run` on.
-std::uint8_t* trimBlanks(const std::uint8_t* run, std::uint8_t* out) noexcept {
-  while (out != run && (isBlank(out[-1]) || out[-1] == '\r')) --out;
+// Takes the blanks, tabs and CRs in front of `p` off the output, where they stand as they are.
+std::uint8_t* trimBlanks(const char* literal, const char* p, std::uint8_t* out) noexcept {
+  while (p != literal && (p[-1] == ' ' || p[-1] == '\t' || p[-1] == '\r')) --p, --out;
   return out;
 }
 
@@ -234,38 +234,47 @@ std::size_t quotedPrintableDecodedMaxSize(std::string_view in) noexcept {
 std::size_t quotedPrintableDecode(std::string_view in, std::uint8_t* out) noexcept {
   const CopyRun copyRun = chooseCopyRun();
   const std::uint8_t* const start = out;
-  const std::uint8_t* run = out;  // what was copied as it stood, and so may be trimmed, begins here
   const char* p = in.data();
   const char* const end = p + in.size();
+  const char* literal = p;  // from here on, blanks of the input stand in the output too
+  [[maybe_unused]] const bool vectors = haveEscapeVectors();
   while (p != end) {
-    const std::size_t copied = copyRun(p, static_cast<std::size_t>(end - p), out);
-    p += copied;
-    out += copied;
+    const auto advance = [&](std::size_t consumed, std::size_t produced) {
+      p += consumed;
+      out += produced;
+    };
+#if defined(ZT_X86_64)
+    if (vectors) {
+      const bool afterCr = p != in.data() && p[-1] == '\r';
+      const auto done =
+          quoted_printable::decodeBulkAvx512(p, static_cast<std::size_t>(end - p), afterCr, out);
+      advance(done.consumed, done.produced);
+    }
+#endif
+    const std::size_t run = copyRun(p, static_cast<std::size_t>(end - p), out);
+    advance(run, run);
     while (end - p >= 3 && *p == '=') {
       const unsigned high = kDigitValues[static_cast<unsigned char>(p[1])];
       const unsigned low = kDigitValues[static_cast<unsigned char>(p[2])];
       if ((high | low) > 15) break;
       *out++ = static_cast<std::uint8_t>(high << 4 | low);
-      run = out;
       p += 3;
     }
     if (p == end || *p == '\0') break;
     if (*p == '\n') {
-      out = trimBlanks(run, out);
+      out = trimBlanks(literal, p++, out);
       *out++ = '\r';
       *out++ = '\n';
-      run = out;
-      ++p;
     } else if (*p == '=') {
       if (const char* const lineEnd = blankLineEnd(p + 1, end); lineEnd != nullptr) {
         p = lineEnd != end && *lineEnd == '\n' ? lineEnd + 1 : lineEnd;
+        literal = p;
       } else {
         *out++ = static_cast<std::uint8_t>(*p++);
       }
-      run = out;
     }
   }
-  return static_cast<std::size_t>(trimBlanks(run, out) - start);
+  return static_cast<std::size_t>(trimBlanks(literal, p, out) - start);
 }
 
 bool quotedPrintableEncode(ByteSpan in, int maxLineLength, StringBuffer& out) {

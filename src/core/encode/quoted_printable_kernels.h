@@ -14,5 +14,16 @@ namespace zantrel::quoted_printable {
 std::size_t copyRunAvx2(const char* in, std::size_t size, std::uint8_t* out) noexcept;
 std::size_t copyRunAvx512(const char* in, std::size_t size, std::uint8_t* out) noexcept;
 
+struct Progress {
+  std::size_t consumed = 0;
+  std::size_t produced = 0;
+};
+
+/// Decodes up to the first thing that is neither text, an escape, a soft break without blanks, nor
+/// a CRLF without blanks in front; leaves the last bytes of the text to the caller. `afterCr` says
+/// that a CR stands in front of the text.
+Progress decodeBulkAvx512(const char* in, std::size_t size, bool afterCr,
+                          std::uint8_t* out) noexcept;
+
 }  // namespace zantrel::quoted_printable
 #endif
