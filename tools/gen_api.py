@@ -421,7 +421,7 @@ def facade(component):
     out += ["", f"struct {name}::Impl final : facade::{base}<{component.native}> {{}};", "",
             f"{name}::{name}() noexcept : impl_(facade::create<Impl>()) {{}}"]
     if component.value:
-        out.append(f"{name}::{name}(Text text) noexcept : {name}() {{ setFromUtf8(text); }}")
+        out += [f"{name}::{name}(Text text) noexcept : {name}() {{", "  setFromUtf8(text);", "}"]
     out += [f"{name}::~{name}() = default;", f"{name}::{name}({name}&&) noexcept = default;",
             f"{name}& {name}::operator=({name}&&) noexcept = default;"]
     for section in component.sections:
@@ -597,9 +597,11 @@ def test_row(name, member):
     test = {"text": f"!{call}.empty()", "bytes": f"!{call}.empty()", "bool": call,
             "datetime": f"{call} != DateTime{{}}"}.get(member.type, f"{call} != 0")
     head = f'    {{"{member.name}",'
-    one_line = f"{head} []({name}& object) {{ return {test}; }}}},"
-    if not outs and len(one_line) <= WIDTH:
-        return [one_line]
+    short = f"[]({name}& object) {{ return {test}; }}}},"
+    if not outs and len(head) + 1 + len(short) <= WIDTH:
+        return [f"{head} {short}"]
+    if not outs and 5 + len(short) <= WIDTH:
+        return [head, f"     {short}"]
     return [head, f"     []({name}& object) {{"] + lines + [f"       return {test};", "     }},"]
 
 

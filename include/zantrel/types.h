@@ -1,6 +1,6 @@
 #pragma once
-/// The vocabulary of Zantrel's public signatures. Everything else in the public headers is bool, int,
-/// unsigned, std::int64_t, double or a component.
+/// The vocabulary of Zantrel's public signatures. Everything else in the public headers is bool,
+/// int, unsigned, std::int64_t, double or a component.
 
 #include <cstddef>
 #include <cstdint>
@@ -38,8 +38,9 @@ inline ByteView bytesOf(std::string_view text) noexcept {
   return {reinterpret_cast<const std::uint8_t*>(text.data()), text.size()};
 }
 
-/// Text given to a method: UTF-8 or UTF-16 of any usual string type, which it refers to and does not
-/// copy. A null pointer is the empty text. Text that a method gives back is UTF-8 in a std::string.
+/// Text given to a method: UTF-8 or UTF-16 of any usual string type, which it refers to and does
+/// not copy. A null pointer is the empty text. Text that a method gives back is UTF-8 in a
+/// std::string.
 class Text final {
  public:
   constexpr Text() noexcept = default;

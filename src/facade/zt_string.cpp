@@ -12,7 +12,9 @@ using zantrel::StringValue;
 struct ZtString::Impl final : facade::Value<StringValue> {};
 
 ZtString::ZtString() noexcept : impl_(facade::create<Impl>()) {}
-ZtString::ZtString(Text text) noexcept : ZtString() { setFromUtf8(text); }
+ZtString::ZtString(Text text) noexcept : ZtString() {
+  setFromUtf8(text);
+}
 ZtString::~ZtString() = default;
 ZtString::ZtString(ZtString&&) noexcept = default;
 ZtString& ZtString::operator=(ZtString&&) noexcept = default;

@@ -60,6 +60,20 @@ TEST_F(EventBridgeTest, AbortFromAHandlerStopsTheMethod) {
   EXPECT_EQ(percents_.back(), 30u);
 }
 
+TEST_F(EventBridgeTest, TheAnswerToAnAbortCheckReachesTheComponent) {
+  bool answer = false;
+  bool seen = true;
+  object_.native().work = [&](MethodCall&, const DataBuffer&, DataBuffer&, ProgressEvent* sink) {
+    sink->AbortCheck(seen = false);
+    return !seen;
+  };
+  object_.OnAbortCheck = [&](Zantrel::AbortCheckEventArgs& args) { args.Abort = answer; };
+  EXPECT_TRUE(work());
+  answer = true;
+  EXPECT_FALSE(work());
+  EXPECT_TRUE(seen);
+}
+
 TEST_F(EventBridgeTest, NothingIsRaisedWhileEventsAreDisabled) {
   facade::put_EnableEvents(object_.impl_, false);
   EXPECT_TRUE(work());

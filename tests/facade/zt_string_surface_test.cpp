@@ -28,9 +28,7 @@ const std::vector<test::MethodCall<ZtString>> kMethods = {
     {"prependUtf8", [](ZtString& object) { return object.prependUtf8(""); }},
     {"appendInt", [](ZtString& object) { return object.appendInt(0); }},
     {"appendFromEncoding",
-     [](ZtString& object) {
-       return object.appendFromEncoding(ByteView{}, "");
-     }},
+     [](ZtString& object) { return object.appendFromEncoding(ByteView{}, ""); }},
     {"getConverted",
      [](ZtString& object) {
        Bytes data{};
@@ -41,22 +39,16 @@ const std::vector<test::MethodCall<ZtString>> kMethods = {
     {"beginsWithUtf8", [](ZtString& object) { return object.beginsWithUtf8(""); }},
     {"containsSubstringUtf8", [](ZtString& object) { return object.containsSubstringUtf8(""); }},
     {"containsSubstringNoCaseUtf8",
-     [](ZtString& object) {
-       return object.containsSubstringNoCaseUtf8("");
-     }},
+     [](ZtString& object) { return object.containsSubstringNoCaseUtf8(""); }},
     {"trim2", [](ZtString& object) { return object.trim2(); }},
     {"toCRLF", [](ZtString& object) { return object.toCRLF(); }},
     {"toLF", [](ZtString& object) { return object.toLF(); }},
     {"toLowerCase", [](ZtString& object) { return object.toLowerCase(); }},
     {"toUpperCase", [](ZtString& object) { return object.toUpperCase(); }},
     {"replaceAllOccurancesUtf8",
-     [](ZtString& object) {
-       return object.replaceAllOccurancesUtf8("", "") != 0;
-     }},
+     [](ZtString& object) { return object.replaceAllOccurancesUtf8("", "") != 0; }},
     {"replaceFirstOccuranceUtf8",
-     [](ZtString& object) {
-       return object.replaceFirstOccuranceUtf8("", "");
-     }},
+     [](ZtString& object) { return object.replaceFirstOccuranceUtf8("", ""); }},
     {"replaceChar", [](ZtString& object) { return object.replaceChar(0, 0) != 0; }},
     {"removeCharOccurances", [](ZtString& object) { return object.removeCharOccurances(0) != 0; }},
     {"chopAtFirstChar", [](ZtString& object) { return object.chopAtFirstChar(0); }},
