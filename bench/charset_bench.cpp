@@ -2,6 +2,7 @@
 // the input. Row names say from and to; texts are of one script, or of several by turns.
 
 #include <benchmark/benchmark.h>
+#include <zantrel/charset.h>
 
 #include <algorithm>
 #include <cstdint>
@@ -120,6 +121,24 @@ class Ours final : public Runner {
   DataBuffer out_;
 };
 
+/// The public class, whose output is written into a vector that keeps its capacity.
+class Facade final : public Runner {
+ public:
+  explicit Facade(const Job& job) : job_(job) {
+    charset_.put_FromCharset(job.fromName);
+    charset_.put_ToCharset(job.toName);
+  }
+  std::size_t run() override {
+    charset_.ConvertData(Zantrel::bytesOf(job_.in), out_);
+    return out_.size();
+  }
+
+ private:
+  const Job& job_;
+  Zantrel::Charset charset_;
+  Zantrel::Bytes out_;
+};
+
 #ifdef HAVE_ICONV
 class Iconv final : public Runner {
  public:
@@ -219,6 +238,8 @@ void addAll(const std::string& operation, const Words& scripts, const Job& kind,
     const std::string name = operation + "/" + size.name + "/";
     add(name + "zantrel", job,
         [](const Job& j) -> std::unique_ptr<Runner> { return std::make_unique<Ours>(j, false); });
+    add(name + "facade", job,
+        [](const Job& j) -> std::unique_ptr<Runner> { return std::make_unique<Facade>(j); });
     if (withPortable)
       add(name + "zantrel_portable", job,
           [](const Job& j) -> std::unique_ptr<Runner> { return std::make_unique<Ours>(j, true); });
