@@ -97,6 +97,19 @@ TEST(EncodingConvertTest, FailsWithNothingAppendedForAnUnknownPageOrName) {
   EXPECT_EQ(out.text(), "kept\xE9");
 }
 
+TEST(EncodingConvertTest, NothingOfOneConversionReachesTheNext) {
+  for (const ErrorAction action : {ErrorAction::Substitute, ErrorAction::Fail}) {
+    EncodingConvert converter({action, {}, 0});
+    DataBuffer out;
+    EXPECT_FALSE(converter.EncConvert(50220, 1252, "\x1B$B4", 4, out));
+    EXPECT_FALSE(converter.errorText().empty());
+    out.clear();
+    EXPECT_TRUE(converter.EncConvert(50220, 1252, "ab", 2, out));
+    EXPECT_EQ(out.text(), "ab");
+    EXPECT_TRUE(converter.errorText().empty());
+  }
+}
+
 TEST(EncodingConvertTest, ConvertsABufferOntoItself) {
   DataBuffer buffer;
   buffer.append(std::string_view("\xC3\xA9t\xC3\xA9"));

@@ -115,6 +115,7 @@ struct CharsetStream::Impl {
     if (from == codepage::kMacArabic) rewriter = std::make_unique<MacArabicRewriter>();
   }
 
+  void reset();
   bool feed(ByteSpan in, DataBuffer& out);
   bool finish(DataBuffer& out);
 
@@ -174,6 +175,16 @@ struct CharsetStream::Impl {
   std::size_t pivotCount = 0;
   std::array<char16_t, kPivotUnits> pivot;
 };
+
+void CharsetStream::Impl::reset() {
+  if (decoder != nullptr) decoder->reset();
+  if (encoder != nullptr) encoder->reset();
+  if (rewriter != nullptr) rewriter = std::make_unique<MacArabicRewriter>();
+  markPending = marks.length > 0;
+  failed = false;
+  invalid = unmappable = firstError = offset = 0;
+  carryCount = pivotCount = 0;
+}
 
 bool CharsetStream::Impl::feed(ByteSpan in, DataBuffer& out) {
   if (mode == Mode::None || failed) return false;
@@ -518,6 +529,9 @@ CharsetStream::~CharsetStream() = default;
 CharsetStream::CharsetStream(CharsetStream&&) noexcept = default;
 CharsetStream& CharsetStream::operator=(CharsetStream&&) noexcept = default;
 
+void CharsetStream::reset() {
+  impl_->reset();
+}
 bool CharsetStream::valid() const noexcept {
   return impl_->mode != Impl::Mode::None;
 }

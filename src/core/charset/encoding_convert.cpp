@@ -84,10 +84,19 @@ void describeTrouble(const CharsetStream& stream, StringBuffer& text) {
 
 }  // namespace
 
+CharsetStream& EncodingConvert::streamFor(int from, int to) {
+  if (stream_ != nullptr && from_ == from && to_ == to) {
+    stream_->reset();
+  } else {
+    stream_ = std::make_unique<CharsetStream>(from, to, options_);
+    from_ = from;
+    to_ = to;
+  }
+  return *stream_;
+}
+
 bool EncodingConvert::EncConvert(int fromCodePage, int toCodePage, const void* bytes,
                                  std::size_t count, DataBuffer& out) {
-  from_ = fromCodePage;
-  to_ = toCodePage;
   flag_ = false;
   errorText_.clear();
   if (bytes == nullptr || count == 0) return true;
@@ -103,7 +112,7 @@ bool EncodingConvert::EncConvert(int fromCodePage, int toCodePage, const void* b
   const ByteSpan text = in.subspan(markLength(fromCodePage, in));
   if (convertUnicode(fromCodePage, toCodePage, text, out)) return true;
 
-  CharsetStream stream(fromCodePage, toCodePage, options_);
+  CharsetStream& stream = streamFor(fromCodePage, toCodePage);
   if (!stream.valid()) {
     errorText_.append("Unsupported conversion from code page ");
     errorText_.appendInt(fromCodePage);

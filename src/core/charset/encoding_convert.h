@@ -13,7 +13,9 @@
 namespace zantrel {
 
 /// What becomes of a character that the target cannot represent, and of bytes that are not valid in
-/// the source. The numbers are those of the Charset component's ErrorAction.
+/// the source. The numbers are those of the Charset component's ErrorAction. Invalid bytes have no
+/// character: the entities and the alternative charset treat them as Substitute does, which writes
+/// U+FFFD for them where the target has it and "?" elsewhere.
 enum class ErrorAction : std::int32_t {
   Substitute = 0,    ///< "?" (U+FFFD in Unicode targets); the conversion reports false
   Drop = 1,          ///< leave it out
@@ -30,8 +32,8 @@ struct ConvertOptions {
   int altCodePage = 0;
 };
 
-/// The code page that default bytes are in for a target. Some targets are defined as a conversion to
-/// another page followed by a rewriting of that page's bytes (UTF-7, UTF-16BE, UTF-32 and the
+/// The code page that default bytes are in for a target. Some targets are defined as a conversion
+/// to another page followed by a rewriting of that page's bytes (UTF-7, UTF-16BE, UTF-32 and the
 /// ISO-2022 pages); default bytes then are in the page in between, else in the target itself.
 int defaultBytesCodePage(int toCodePage) noexcept;
 
@@ -43,6 +45,8 @@ class CharsetStream {
   CharsetStream(CharsetStream&&) noexcept;
   CharsetStream& operator=(CharsetStream&&) noexcept;
 
+  /// Ready for another text between the same pages.
+  void reset();
   /// False when a code page has no table; then nothing can be converted.
   bool valid() const noexcept;
   /// Converts a piece and appends the result. False when storage could not be had or, with
@@ -79,11 +83,14 @@ class EncodingConvert {
   const StringBuffer& errorText() const noexcept { return errorText_; }
 
  private:
+  CharsetStream& streamFor(int from, int to);
+
   int from_ = 0;
   int to_ = 0;
   bool flag_ = false;
   StringBuffer errorText_;
   ConvertOptions options_;
+  std::unique_ptr<CharsetStream> stream_;  ///< of the last pages, kept: codecs cost time to make
 };
 
 }  // namespace zantrel
