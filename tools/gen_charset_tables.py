@@ -1,7 +1,8 @@
 #!/usr/bin/env python3
-"""Writes src/core/charset/tables/ from published mappings.
+r"""Writes src/core/charset/tables/ from published mappings.
 
-  tools/gen_charset_tables.py --codepage /path/to/node_modules/codepage
+  tools/gen_charset_tables.py --codepage /path/to/node_modules/codepage \
+      --digests tests/data/charset/published.tsv
 
 The output is committed, since the sources are not there when the library is built. Needed beside
 the npm package "codepage": the Debian packages locales and libicu-dev. What wins where sources
@@ -356,19 +357,55 @@ inline constexpr Gb18030Range kGb18030Ranges[] = {
     return 4 * len(ranges)
 
 
+def fnv1a(parts):
+    """FNV-1a of 64 bits over byte strings, each followed by a zero byte."""
+    value = 0xCBF29CE484222325
+    for part in parts:
+        for byte in part + b'\0':
+            value = (value ^ byte) * 0x100000001B3 & 0xFFFFFFFFFFFFFFFF
+    return f'{value:016x}'
+
+
+def write_digests(path, singles, doubles):
+    """What the tests hold the finished tables against: a digest of each mapping, both ways."""
+    text = ('# Digests of the published mappings (tools/gen_charset_tables.py --digests): code page,\n'
+            '# characters of one or two bytes, FNV-1a 64 of (code, UTF-8) by rising code, FNV-1a 64\n'
+            '# of (UTF-8, code to write) by rising code point, each item with a zero byte behind it.\n')
+    pages = {page: (mapping, []) for page, mapping in singles.items() if not 50930 <= page <= 50939}
+    pages.update({int(name[4:]): (mapping, preferred_codes(name, mapping, chosen))
+                  for name, (mapping, chosen) in doubles.items() if name.startswith('Page')})
+    for page, (mapping, preferred) in sorted(pages.items()):
+        codes = sorted(mapping.items(), key=lambda item: (len(item[0]), item[0]))
+        ways_back = {}
+        for code, text_of in codes:
+            ways_back.setdefault(text_of, code)
+        for code in preferred:
+            code = code.to_bytes(2, 'big')
+            ways_back[mapping[code]] = code
+        there = fnv1a(part for code, char in codes for part in (code, char.encode()))
+        back = fnv1a(part for char, code in sorted(ways_back.items())
+                     for part in (char.encode(), code))
+        text += f'{page}\t{len(mapping)}\t{there}\t{back}\n'
+    path.write_text(text)
+
+
 def main():
     parser = argparse.ArgumentParser(description=__doc__.split('\n', 1)[0])
     parser.add_argument('--codepage', required=True, help='folder of the npm package "codepage"')
     parser.add_argument('--output', default=Path(__file__).parent.parent / 'src/core/charset/tables',
                         type=Path)
+    parser.add_argument('--digests', type=Path, help='file of digests for the tests to write too')
     args = parser.parse_args()
     args.output.mkdir(parents=True, exist_ok=True)
     try:
-        size = write_single(args.output, single_pages(args))
+        singles = single_pages(args)
         pages = double_pages(args)
+        size = write_single(args.output, singles)
         size += write_double(args.output, pages)
         size += write_euc_tw(args.output, pages)
         size += write_gb18030(args.output, pages['Page54936'][0])
+        if args.digests:
+            write_digests(args.digests, singles, pages)
     except sources.SourceError as error:
         sys.exit(f'gen_charset_tables: {error}')
     print(f'{size} bytes of tables')

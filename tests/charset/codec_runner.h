@@ -32,7 +32,8 @@ void run(std::basic_string_view<In> in, std::size_t inStep, std::size_t outStep,
   while (true) {
     const std::size_t count = std::min(in.size() - at, inStep + extraIn);
     const bool last = at + count == in.size();
-    std::vector<Out> room(outStep + extraOut);  // its own block, so that sanitizers see any overrun
+    std::vector<Out> room(std::min(outStep, 4 * count + 16) +
+                          extraOut);  // its own block, so that sanitizers see any overrun
     const std::vector<In> piece(in.begin() + static_cast<std::ptrdiff_t>(at),
                                 in.begin() + static_cast<std::ptrdiff_t>(at + count));
     const CodecResult result = step(piece, last, room);
@@ -42,8 +43,9 @@ void run(std::basic_string_view<In> in, std::size_t inStep, std::size_t outStep,
     output.append(room.data(), result.produced);
     at += result.consumed;
     const bool moved = result.consumed != 0 || result.produced != 0;
-    extraIn = result.stop == CodecStop::Truncated ? extraIn + 1 : 0;
-    extraOut = result.stop == CodecStop::OutputFull && !moved ? extraOut + 1 : 0;
+    if (moved) extraIn = extraOut = 0;
+    extraIn += result.stop == CodecStop::Truncated;
+    extraOut += result.stop == CodecStop::OutputFull && !moved;
     if (extraIn > 64 || extraOut > 64) throw std::runtime_error("codec makes no progress");
     if (result.stop == CodecStop::InputEnd) {
       if (result.consumed != count) throw std::runtime_error("codec left input behind");

@@ -1,28 +1,95 @@
 // Single-byte code pages.
 //
-// Decoding looks every byte up in the page's row of 256 code points. Runs go through eight bytes a
-// step; the check for undefined cells is made once a step, on the OR of the comparisons.
+// Decoding looks every byte up in the page's row of 256 code points, eight a step; the check for
+// undefined cells is made once a step.
 //
 // Encoding uses two stages that are built from the row when the encoder is made: the high byte of a
-// code unit picks a block of 256 bytes, the low byte a cell in it. Block 0 has no characters. A
-// zero cell means "not in the page", except for the unit that byte 00 itself stands for.
+// code unit picks a block of 256 bytes, the low byte a cell in it. A zero cell means "not in the
+// page", except for the unit that byte 00 itself stands for.
+//
+// With AVX-512 groups of 64 go through permutations instead (single_byte_x86.cpp).
 //
 // Limits: characters of the basic plane only; a surrogate pair is always unmappable.
 
 #include "core/charset/single_byte.h"
 
 #include <algorithm>
-#include <vector>
+#include <iterator>
+
+#include "core/charset/single_byte_kernels.h"
+#include "core/charset/utf16_units.h"
+#include "platform/cpu_features.h"
 
 namespace zantrel {
 
+SingleByteReverse::SingleByteReverse(const SingleByteTable& table) : zeroUnit(table.toUnicode[0]) {
+  std::size_t blocks = 1;
+  for (const char16_t unit : table.toUnicode) {
+    if (unit == kUndefined || blockOf[unit >> 8] != 0) continue;
+    blockOf[unit >> 8] = static_cast<std::uint8_t>(blocks++);
+  }
+  cells.resize(blocks * 256);
+  std::uint8_t filled[0x10000 / kWindowUnits] = {};  // 256 characters at most: the last may wrap
+  for (int byte = 255; byte >= 0; --byte) {  // of two bytes for one character the lower wins
+    const char16_t unit = table.toUnicode[byte];
+    if (unit == kUndefined) continue;
+    cells[cellOf(unit)] = static_cast<std::uint8_t>(byte);
+    ++filled[unit / kWindowUnits];
+  }
+  for (std::uint16_t& number : window) {
+    std::uint8_t* const fullest = std::max_element(std::begin(filled), std::end(filled));
+    number = static_cast<std::uint16_t>(fullest - filled);
+    *fullest = 0;
+  }
+}
+
+std::size_t decodeSinglePortable(const SingleByteTable& table, const std::uint8_t* in,
+                                 std::size_t count, char16_t* out) noexcept {
+  const char16_t* const row = table.toUnicode;
+  std::size_t i = 0;
+  for (; i + 8 <= count; i += 8) {
+    bool undefined = false;
+    for (std::size_t k = 0; k < 8; ++k) {
+      const char16_t unit = row[in[i + k]];
+      undefined |= unit == kUndefined;
+      out[i + k] = unit;
+    }
+    if (undefined) break;
+  }
+  for (; i < count; ++i) {
+    const char16_t unit = row[in[i]];
+    if (unit == kUndefined) break;
+    out[i] = unit;
+  }
+  return i;
+}
+
+std::size_t encodeSinglePortable(const SingleByteReverse& reverse, const char16_t* in,
+                                 std::size_t count, std::uint8_t* out) noexcept {
+  std::size_t i = 0;
+  for (; i < count; ++i) {
+    const std::uint8_t byte = reverse.cells[reverse.cellOf(in[i])];
+    if (byte == 0 && in[i] != reverse.zeroUnit) break;
+    out[i] = byte;
+  }
+  return i;
+}
+
 namespace {
 
-bool isHighSurrogate(char16_t unit) noexcept {
-  return (unit & 0xFC00) == 0xD800;
-}
-bool isLowSurrogate(char16_t unit) noexcept {
-  return (unit & 0xFC00) == 0xDC00;
+/// Alternates between the two loops: `fast` takes whole groups and stops at a group it cannot do,
+/// which `exact` then converts as far as the first item that is really bad.
+template <class Fast, class Exact>
+std::size_t inGroups(std::size_t count, const Fast& fast, const Exact& exact) {
+  constexpr std::size_t kGroup = 64;
+  std::size_t done = 0;
+  while (true) {
+    done += fast(done);
+    const std::size_t part = std::min(count - done, kGroup);
+    const std::size_t converted = exact(done, part);
+    done += converted;
+    if (converted < part || done == count) return done;
+  }
 }
 
 class SingleByteDecoder final : public Decoder {
@@ -43,25 +110,18 @@ class SingleByteDecoder final : public Decoder {
   }
 
  private:
-  /// How many bytes were decoded before the end or an undefined one.
   std::size_t decodeRun(const std::uint8_t* in, std::size_t count, char16_t* out) const noexcept {
-    const char16_t* const row = table_.toUnicode;
-    std::size_t i = 0;
-    for (; i + 8 <= count; i += 8) {
-      bool undefined = false;
-      for (std::size_t k = 0; k < 8; ++k) {
-        const char16_t unit = row[in[i + k]];
-        undefined |= unit == kUndefined;
-        out[i + k] = unit;
-      }
-      if (undefined) break;
+#ifdef ZT_X86_64
+    if (cpuFeatures().avx512) {
+      return inGroups(
+          count,
+          [&](std::size_t at) { return decodeSingleAvx512(table_, in + at, count - at, out + at); },
+          [&](std::size_t at, std::size_t part) {
+            return decodeSinglePortable(table_, in + at, part, out + at);
+          });
     }
-    for (; i < count; ++i) {
-      const char16_t unit = row[in[i]];
-      if (unit == kUndefined) break;
-      out[i] = unit;
-    }
-    return i;
+#endif
+    return decodeSinglePortable(table_, in, count, out);
   }
 
   const SingleByteTable& table_;
@@ -69,31 +129,15 @@ class SingleByteDecoder final : public Decoder {
 
 class SingleByteEncoder final : public Encoder {
  public:
-  explicit SingleByteEncoder(const SingleByteTable& table) : zeroUnit_(table.toUnicode[0]) {
-    std::size_t blocks = 1;
-    for (const char16_t unit : table.toUnicode) {
-      if (unit == kUndefined || blockOf_[unit >> 8] != 0) continue;
-      blockOf_[unit >> 8] = static_cast<std::uint8_t>(blocks++);
-    }
-    cells_.resize(blocks * 256);
-    for (int byte = 255; byte >= 0; --byte) {  // of two bytes for one character the lower wins
-      const char16_t unit = table.toUnicode[byte];
-      if (unit != kUndefined) cell(unit) = static_cast<std::uint8_t>(byte);
-    }
-  }
+  explicit SingleByteEncoder(const SingleByteTable& table) : reverse_(table) {}
 
   CodecResult encode(std::span<const char16_t> in, bool last,
                      std::span<std::uint8_t> out) override {
     const std::size_t count = std::min(in.size(), out.size());
-    std::size_t i = 0;
-    for (; i < count; ++i) {
-      const std::uint8_t byte = cell(in[i]);
-      if (byte == 0 && in[i] != zeroUnit_) break;
-      out[i] = byte;
-    }
-    CodecResult result{i, i, CodecStop::InputEnd, 0};
-    if (i < count) {
-      stopAt(in.subspan(i), last, result);
+    const std::size_t done = encodeRun(in.data(), count, out.data());
+    CodecResult result{done, done, CodecStop::InputEnd, 0};
+    if (done < count) {
+      stopAtUnit(in.subspan(done), last, result);
     } else if (count < in.size()) {
       result.stop = CodecStop::OutputFull;
     }
@@ -101,31 +145,23 @@ class SingleByteEncoder final : public Encoder {
   }
 
  private:
-  std::uint8_t& cell(char16_t unit) noexcept {
-    return cells_[static_cast<std::size_t>(blockOf_[unit >> 8]) * 256 + (unit & 0xFF)];
-  }
-
-  static void stopAt(std::span<const char16_t> rest, bool last, CodecResult& result) noexcept {
-    result.stop = CodecStop::Unmappable;
-    result.badLength = 1;
-    if (isHighSurrogate(rest[0])) {
-      if (rest.size() > 1) {
-        if (isLowSurrogate(rest[1])) {
-          result.badLength = 2;
-        } else {
-          result.stop = CodecStop::Invalid;
-        }
-      } else {
-        result.stop = last ? CodecStop::Invalid : CodecStop::Truncated;
-      }
-    } else if (isLowSurrogate(rest[0])) {
-      result.stop = CodecStop::Invalid;
+  std::size_t encodeRun(const char16_t* in, std::size_t count, std::uint8_t* out) const noexcept {
+#ifdef ZT_X86_64
+    if (cpuFeatures().avx512) {
+      return inGroups(
+          count,
+          [&](std::size_t at) {
+            return encodeSingleAvx512(reverse_, in + at, count - at, out + at);
+          },
+          [&](std::size_t at, std::size_t part) {
+            return encodeSinglePortable(reverse_, in + at, part, out + at);
+          });
     }
+#endif
+    return encodeSinglePortable(reverse_, in, count, out);
   }
 
-  char16_t zeroUnit_;
-  std::uint8_t blockOf_[256] = {};
-  std::vector<std::uint8_t> cells_;
+  SingleByteReverse reverse_;
 };
 
 }  // namespace
