@@ -6,7 +6,7 @@ r"""Writes src/core/charset/tables/ from published mappings.
 
 The output is committed, since the sources are not there when the library is built. Needed beside
 the npm package "codepage": the Debian packages locales and libicu-dev. What wins where sources
-differ, page by page: docs/decisions/0001-charset-mappings.md.
+differ, page by page: docs/decisions/charset-mappings.md.
 """
 
 import argparse
