@@ -88,7 +88,7 @@ class ZANTREL_API Charset final {
   /// Unicode) and the conversion reports failure, 1 leaves them out, 2 writes DefaultBytes, 3
   /// writes a hexadecimal entity such as "&#x20AC;", 4 a decimal one such as "&#8364;", 5 writes
   /// the character in AltToCharset, 6 stops at the first. Any number is stored; an unknown one acts
-  /// as 0.
+  /// as 0. Output in UTF-16BE always counts as converted.
   int get_ErrorAction() const;
   void put_ErrorAction(int value);
 
