@@ -15,6 +15,7 @@ packages_of() {
     peers) echo libicu-dev libssl-dev libgmime-3.0-dev libglib2.0-dev pkg-config ;;
     bench) echo libbenchmark-dev python3 pkg-config binutils; packages_of peers ;;
     format) echo clang-format ;;
+    generate) echo python3 unicode-data locales libicu-dev npm ;;
     *) echo "unknown group of packages: $1" >&2; return 1 ;;
   esac
 }
