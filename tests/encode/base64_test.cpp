@@ -1,5 +1,7 @@
 #include "core/encode/base64.h"
 
+#include <algorithm>
+
 #include "encode/encode_test_support.h"
 #include "encode/slow_reference.h"
 #include "support/cpu_paths.h"
@@ -100,6 +102,28 @@ TEST(Base64Test, EveryByteValueIsClassedAlikeOnEachPathAndPosition) {
     const std::string expected = slowBase64Decode(in);
     onEachCpuPath([&] { ASSERT_EQ(unbase64(in), expected) << byte; });
   }
+}
+
+TEST(Base64Test, LargeTextsGoPastTheCachesToTheSameResult) {
+  std::mt19937 random(11);
+  const std::string piece = randomText(random, 99991);
+  std::string in;
+  while (in.size() < (std::size_t{9} << 20)) in += piece;
+  std::string expected;
+  {
+    const ScopedCpuFeatures scope{CpuFeatures()};
+    expected = base64(in);
+  }
+  for (const std::size_t offset : {0U, 1U}) {
+    std::vector<char> text(expected.size() + offset);
+    std::vector<std::uint8_t> bytes(base64DecodedMaxSize(expected.size()) + offset);
+    ASSERT_EQ(base64Encode(asBytes(in), text.data() + offset), expected.size());
+    ASSERT_TRUE(std::equal(expected.begin(), expected.end(), text.data() + offset));
+    ASSERT_EQ(base64Decode(expected, bytes.data() + offset), in.size());
+    ASSERT_TRUE(std::equal(in.begin(), in.end(), reinterpret_cast<char*>(bytes.data()) + offset));
+  }
+  expected[expected.size() / 2] = '\n';  // what is no digit ends the streaming
+  EXPECT_TRUE(unbase64(expected) == slowBase64Decode(expected));
 }
 
 TEST(Base64Test, BufferFormsAppend) {

@@ -74,10 +74,12 @@ std::size_t encodePortable(const std::uint8_t* in, std::size_t size, char* out) 
   for (; i + 8 <= size; i += 6, out += 8) {
     const std::uint64_t bits = loadBigEndian64(in + i);
     const auto pair = [bits](int shift) {
-      return kPairs[static_cast<std::size_t>(bits >> shift & 4095)];
+      return kPairs[static_cast<std::size_t>(bits >> shift & 4095)].c;
     };
-    const CharPair quad[4] = {pair(52), pair(40), pair(28), pair(16)};
-    std::memcpy(out, quad, 8);
+    std::memcpy(out, pair(52), 2);
+    std::memcpy(out + 2, pair(40), 2);
+    std::memcpy(out + 4, pair(28), 2);
+    std::memcpy(out + 6, pair(16), 2);
   }
   for (; i + 3 <= size; i += 3, out += 4) {
     const std::uint32_t bits =

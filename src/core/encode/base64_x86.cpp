@@ -126,6 +126,24 @@ ZT_TARGET_AVX512 inline __m512i load(const void* p) noexcept {
   return _mm512_loadu_si512(p);
 }
 
+// From this much output on, stores go past the caches, which saves reading every line first; they
+// need an address that is a multiple of 16.
+constexpr std::size_t kStreamFrom = std::size_t{8} << 20;
+
+inline bool isStreamed(const void* out, std::size_t size) noexcept {
+  return size >= kStreamFrom && reinterpret_cast<std::uintptr_t>(out) % 16 == 0;
+}
+
+// Stores the first 16 * kParts bytes.
+template <int kParts>
+ZT_TARGET_AVX512 inline void stream(void* out, __m512i bytes) noexcept {
+  auto* const to = static_cast<__m128i*>(out);
+  _mm_stream_si128(to, _mm512_castsi512_si128(bytes));
+  _mm_stream_si128(to + 1, _mm512_extracti32x4_epi32(bytes, 1));
+  _mm_stream_si128(to + 2, _mm512_extracti32x4_epi32(bytes, 2));
+  if constexpr (kParts == 4) _mm_stream_si128(to + 3, _mm512_extracti32x4_epi32(bytes, 3));
+}
+
 constexpr std::uint64_t lowBits(std::size_t count) noexcept {
   return count >= 64 ? ~std::uint64_t{0} : (std::uint64_t{1} << count) - 1;
 }
@@ -171,7 +189,7 @@ class LenientDecoder {
     const __m512i tableHigh = load(kDecodeTable.data() + 64);
     for (std::size_t i = 0; i < size; i += 64) {
       const std::uint64_t present = lowBits(size - i);
-      const __m512i text = _mm512_maskz_loadu_epi8(present, in + i);
+      const __m512i text = size - i >= 64 ? load(in + i) : _mm512_maskz_loadu_epi8(present, in + i);
       const __m512i values = _mm512_permutex2var_epi8(tableLow, text, tableHigh);
       std::uint64_t wanted = present & ~_mm512_movepi8_mask(_mm512_or_si512(text, values));
       const std::uint64_t stops = present & (_mm512_cmpeq_epi8_mask(text, _mm512_set1_epi8('=')) |
@@ -195,6 +213,10 @@ class LenientDecoder {
   ZT_TARGET_AVX512 void packFullBlocks() noexcept {
     const __m512i gather = load(kGather512.data());
     std::size_t done = 0;
+    // What a plain store writes too much, the next one overwrites; masked ones are slow outside the
+    // caches, so only the last is.
+    for (; done + 128 <= count_; done += 64, out_ += 48)
+      _mm512_storeu_si512(out_, pack(load(staged_ + done), gather));
     for (; done + 64 <= count_; done += 64, out_ += 48)
       _mm512_mask_storeu_epi8(out_, lowBits(48), pack(load(staged_ + done), gather));
     count_ -= done;
@@ -221,6 +243,11 @@ ZT_TARGET_AVX512 std::size_t encodeAvx512(const std::uint8_t* in, std::size_t si
                                           char* out) noexcept {
   const EncoderAvx512 encoder;
   std::size_t i = 0;
+  if (isStreamed(out, size)) {
+    for (; size - i >= EncoderAvx512::kReads; i += EncoderAvx512::kStep, out += 64)
+      stream<4>(out, encoder.encode(load(in + i)));
+    _mm_sfence();
+  }
   for (; size - i >= EncoderAvx512::kReads; i += EncoderAvx512::kStep, out += 64)
     encoder.step(in + i, out);
   const std::size_t whole = size / 3 * 3;
@@ -297,6 +324,15 @@ ZT_TARGET_AVX512 std::size_t decodeAvx512(const char* in, std::size_t size,
   const __m512i gather = load(kGather512.data());
   const std::uint8_t* const start = out;
   std::size_t i = 0;
+  if (isStreamed(out, size)) {
+    for (; size - i >= 64; i += 64, out += 48) {
+      const __m512i text = load(in + i);
+      const __m512i values = _mm512_permutex2var_epi8(tableLow, text, tableHigh);
+      if (_mm512_movepi8_mask(_mm512_or_si512(text, values)) != 0) break;
+      stream<3>(out, pack(values, gather));
+    }
+    _mm_sfence();
+  }
   // Each step writes 64 bytes of which 48 count; the 24 characters more give the other 16 room.
   for (; size - i >= 88; i += 64, out += 48) {
     const __m512i text = load(in + i);

@@ -26,6 +26,12 @@ ZT_TARGET_AVX512 inline __mmask64 between(__m512i text, char first, char last) n
   return _mm512_cmple_epu8_mask(offset, _mm512_set1_epi8(static_cast<char>(last - first)));
 }
 
+// The first 64 bytes, or what there is of them with zeros behind. Masked loads are slow where
+// memory is not in the caches yet, so they serve the end of a text only.
+ZT_TARGET_AVX512 inline __m512i loadSome(const std::uint8_t* in, std::size_t left) noexcept {
+  return left >= 64 ? _mm512_loadu_si512(in) : _mm512_maskz_loadu_epi8(lowBits(left), in);
+}
+
 struct Sixteen {
   __m512i forms;         // four bytes of room for each
   std::uint64_t wanted;  // which of these bytes belong to the output
@@ -62,8 +68,8 @@ ZT_TARGET_AVX512 Progress quotedPrintableLineAvx512(const std::uint8_t* in, std:
     const std::uint8_t* const p = in + done.consumed;
     char* const to = out + done.produced;
     const std::size_t left = size - done.consumed;
-    const __m512i text = _mm512_maskz_loadu_epi8(lowBits(left), p);
-    const __m512i next = _mm512_maskz_loadu_epi8(lowBits(left - 1), p + 1);
+    const __m512i text = loadSome(p, left);
+    const __m512i next = loadSome(p + 1, left - 1);
     const std::size_t lineEnd = blockLineBreak(text, next);
     const std::size_t usable = left < lineEnd ? left : lineEnd;
     if (usable == 0) break;
@@ -103,7 +109,7 @@ ZT_TARGET_AVX512 std::size_t urlAvx512(const std::uint8_t* in, std::size_t size,
   const char* const start = out;
   const __m512i blank = _mm512_set1_epi8(' ');
   for (std::size_t i = 0; i < size;) {
-    const __m512i text = _mm512_maskz_loadu_epi8(lowBits(size - i), in + i);
+    const __m512i text = loadSome(in + i, size - i);
     const __m512i lower = _mm512_or_si512(text, _mm512_set1_epi8(0x20));
     const __mmask64 blanks = _mm512_cmpeq_epi8_mask(text, blank);
     const std::uint64_t plain = between(lower, 'a', 'z') | between(text, '0', '9') | blanks;

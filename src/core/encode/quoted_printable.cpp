@@ -117,7 +117,8 @@ char* encodeLine(const std::uint8_t*& in, const std::uint8_t* end, std::size_t l
     room = limit < 3 ? 0 : limit - 3;
   }
 #if defined(ZT_X86_64)
-  if (vectors) {
+  // A line that begins beyond ASCII tends to be full of escapes, for which the table is faster.
+  if (vectors && in != end && *in < 0x80) {
     const escape::Progress done =
         escape::quotedPrintableLineAvx512(in, static_cast<std::size_t>(end - in), room, out);
     in += done.consumed;

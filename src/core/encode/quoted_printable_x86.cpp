@@ -33,7 +33,8 @@ ZT_TARGET_AVX512 std::size_t copyRunAvx512(const char* in, std::size_t size,
   for (std::size_t i = 0; i < size; i += 64) {
     const std::size_t left = size - i;
     const __mmask64 present = left >= 64 ? ~__mmask64{0} : (__mmask64{1} << left) - 1;
-    const __m512i text = _mm512_maskz_loadu_epi8(present, in + i);
+    const __m512i text =
+        left >= 64 ? _mm512_loadu_si512(in + i) : _mm512_maskz_loadu_epi8(present, in + i);
     _mm512_storeu_si512(out + i, text);
     // What lies behind the input reads as zero and so ends the run as well.
     const __mmask64 ends = _mm512_cmpeq_epi8_mask(text, _mm512_set1_epi8('=')) |
