@@ -35,14 +35,9 @@ bool CipherStream::begin(const CipherSettings& settings, CipherDirection directi
         "No secret key has been set.  Need a secret key for symmetric encryption algorithms");
     return false;
   }
-  const CipherKey key = cipherKey(settings.id, settings.keyLength, settings.key);
-  switch (settings.id) {
-    case CipherId::aes:
-      cipher_.emplace<Aes>().setKey(key.span());
-      break;
-    default:
-      log.logError("Unrecognized encryption method");
-      return false;
+  if (!setCipher(settings)) {
+    log.logError("Unrecognized encryption method");
+    return false;
   }
   chain_.bytes = cipherIv(settings.iv);
   direction_ = direction;
@@ -50,6 +45,35 @@ bool CipherStream::begin(const CipherSettings& settings, CipherDirection directi
   ecb_ = settings.ecb;
   padding_ = settings.padding;
   return true;
+}
+
+bool CipherStream::setCipher(const CipherSettings& settings) noexcept {
+  const CipherKey key = cipherKey(settings.id, settings.keyLength, settings.key);
+  switch (settings.id) {
+    case CipherId::aes:
+      cipher_.emplace<Aes>().setKey(key.span());
+      return true;
+    case CipherId::blowfish:
+    case CipherId::blowfish2:
+      cipher_.emplace<Blowfish>().setKey(key.span());
+      return true;
+    case CipherId::twofish:
+      cipher_.emplace<Twofish>().setKey(key.span());
+      return true;
+    case CipherId::des:
+      if (key.size == 8)
+        cipher_.emplace<Des>().setKey(key.span());
+      else
+        cipher_.emplace<TripleDes>().setKey(key.span());
+      return true;
+    case CipherId::rc2:
+      cipher_.emplace<Rc2>().setKey(key.span(), settings.effectiveKeyBits);
+      return true;
+    case CipherId::rc4:
+      cipher_.emplace<Rc4>().setKey(key.span());
+      return true;
+  }
+  return false;
 }
 
 void CipherStream::reset() noexcept {
@@ -76,7 +100,9 @@ std::size_t CipherStream::wholeSize(std::size_t added) const noexcept {
 void CipherStream::transform(const std::uint8_t* in, std::uint8_t* out, std::size_t size) noexcept {
   const auto run = [=, this](auto& cipher) {
     using Cipher = std::remove_reference_t<decltype(cipher)>;
-    if constexpr (!std::is_same_v<Cipher, std::monostate>) {
+    if constexpr (std::is_same_v<Cipher, Rc4>) {
+      cipher.apply(in, out, size);
+    } else if constexpr (!std::is_same_v<Cipher, std::monostate>) {
       const std::size_t blocks = size / Cipher::kBlockSize;
       const bool encrypt = direction_ == CipherDirection::encrypt;
       std::uint8_t* const chain = chain_.bytes.data();

@@ -7,8 +7,13 @@
 
 #include "core/bytes.h"
 #include "crypto/aes.h"
+#include "crypto/blowfish.h"
 #include "crypto/cipher_key.h"
+#include "crypto/des.h"
 #include "crypto/padding.h"
+#include "crypto/rc2.h"
+#include "crypto/rc4.h"
+#include "crypto/twofish.h"
 
 namespace zantrel {
 
@@ -52,6 +57,7 @@ class CipherStream final {
   static constexpr std::size_t kMaxBlock = 16;
   static constexpr std::size_t kMaxHeld = 255;  ///< a padding's length is one byte
 
+  bool setCipher(const CipherSettings& settings) noexcept;
   bool fail(const char* reason, LogBase& log);
   bool finishEncryption(ByteSpan in, DataBuffer& out, LogBase& log);
   std::size_t wholeSize(std::size_t added) const noexcept;
@@ -59,7 +65,7 @@ class CipherStream final {
   void transformPieces(ByteSpan in, std::uint8_t* out) noexcept;
   bool decryptPiece(ByteSpan in, bool last, DataBuffer& out, LogBase& log);
 
-  std::variant<std::monostate, Aes> cipher_;
+  std::variant<std::monostate, Aes, Blowfish, Twofish, Des, TripleDes, Rc2, Rc4> cipher_;
   CipherDirection direction_ = CipherDirection::encrypt;
   std::size_t blockSize_ = 0;
   bool ecb_ = false;

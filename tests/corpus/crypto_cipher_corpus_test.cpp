@@ -1,7 +1,5 @@
 #include <gtest/gtest.h>
 
-#include <algorithm>
-#include <iterator>
 #include <string>
 
 #include "crypto/cipher_stream.h"
@@ -13,7 +11,6 @@ namespace {
 
 constexpr auto kEncrypt = CipherDirection::encrypt;
 constexpr auto kDecrypt = CipherDirection::decrypt;
-constexpr CipherId kCiphers[] = {CipherId::aes};
 
 TEST(CryptoCipherCorpusTest, VectorsHoldInBothDirectionsWholeAndInPieces) {
   const auto corpus = corpusFolder();
@@ -24,8 +21,6 @@ TEST(CryptoCipherCorpusTest, VectorsHoldInBothDirectionsWholeAndInPieces) {
     for (const CipherVector& v : vectors) {
       // What is published for CFB is not what runs under its name, nor padding for an empty text.
       if (v.mode == "cfb" || v.input.empty()) continue;
-      if (std::find(std::begin(kCiphers), std::end(kCiphers), v.settings.id) == std::end(kCiphers))
-        continue;
       SCOPED_TRACE(hex(v.key) + " " + hex(v.input));
       for (const std::size_t piece : {v.input.size() + 1, std::size_t{5}}) {
         ASSERT_EQ(hex(runCipher(v.keyed(), kEncrypt, v.input, piece)), hex(v.output));
@@ -33,7 +28,7 @@ TEST(CryptoCipherCorpusTest, VectorsHoldInBothDirectionsWholeAndInPieces) {
       }
       ++checked;
     }
-    EXPECT_GE(checked, 300u);
+    EXPECT_GE(checked, 1190u);
   });
 }
 
@@ -41,12 +36,13 @@ TEST(CryptoCipherCorpusTest, CfbRunsCbcDeliberately) {
   const auto corpus = corpusFolder();
   if (!corpus) GTEST_SKIP() << "ZANTREL_CORPUS is not set";
   std::size_t checked = 0;
-  for (const CipherVector& v : cipherVectors(*corpus + "/crypto/ciphers.tsv")) {
-    if (v.mode != "cfb" || v.status != "differs" || v.settings.id != CipherId::aes) continue;
-    EXPECT_NE(runCipher(v.keyed(), kEncrypt, v.input), v.output);
+  for (CipherVector& v : cipherVectors(*corpus + "/crypto/ciphers.tsv")) {
+    if (v.mode != "cfb") continue;
+    v.settings.padding = kPaddingCounted;
+    EXPECT_NE(runCipher(v.keyed(), kEncrypt, v.input).substr(0, v.output.size()), v.output);
     ++checked;
   }
-  EXPECT_EQ(checked, 7u);
+  EXPECT_EQ(checked, 90u);
 }
 
 TEST(CryptoCipherCorpusTest, WrongPaddingIsTakenOffByTheLastByteDeliberately) {

@@ -35,11 +35,12 @@ CipherSettings keyed(CipherId id, int padding = kPaddingCounted) {
   return settings;
 }
 
-constexpr CipherId kCiphers[] = {CipherId::aes};
+constexpr CipherId kCiphers[] = {CipherId::aes, CipherId::blowfish, CipherId::twofish,
+                                 CipherId::des, CipherId::rc2,      CipherId::rc4};
 
 TEST(CipherStreamTest, PublishedVectorsHoldInBothDirectionsAndInPiecesOfEverySize) {
   const auto vectors = cipherVectors(std::string(ZANTREL_TEST_DATA) + "/crypto/cipher_vectors.tsv");
-  ASSERT_GE(vectors.size(), 9u);
+  ASSERT_GE(vectors.size(), 55u);
   onEachCipherPath([&] {
     for (const CipherVector& v : vectors) {
       SCOPED_TRACE(hex(v.key) + " " + hex(v.input));
@@ -78,6 +79,33 @@ TEST(CipherStreamTest, EveryPathAndGroupingGivesTheSameBytes) {
           ASSERT_EQ(runCipher(settings, kDecrypt, expected, piece), text) << piece;
       });
     }
+  }
+}
+
+TEST(CipherStreamTest, KeyLengthChoosesBetweenDesAndTripleDes) {
+  const auto encrypt = [](int keyLength, std::string_view key) {
+    CipherSettings settings = keyed(CipherId::des);
+    settings.keyLength = keyLength;
+    settings.key = asBytes(key);
+    return runCipher(settings, kEncrypt, "some text");
+  };
+  EXPECT_EQ(encrypt(100, "abcdefgh"), encrypt(56, "abcdefghignored"));
+  EXPECT_EQ(encrypt(112, "abcdefghabcdefgh"), encrypt(56, "abcdefgh"));
+  EXPECT_EQ(encrypt(128, "abcdefgh01234567"), encrypt(168, "abcdefgh01234567abcdefgh"));
+  EXPECT_NE(encrypt(128, "abcdefgh01234567"), encrypt(168, "abcdefgh01234567"));
+}
+
+TEST(CipherStreamTest, TheTwoBlowfishNumbersAreOneCipher) {
+  EXPECT_EQ(runCipher(keyed(CipherId::blowfish), kEncrypt, "some text"),
+            runCipher(keyed(CipherId::blowfish2), kEncrypt, "some text"));
+}
+
+TEST(CipherStreamTest, AStreamCipherIsNeverPadded) {
+  for (const int scheme : {0, 1, 2, 3, 4}) {
+    const CipherSettings settings = keyed(CipherId::rc4, scheme);
+    const std::string encrypted = runCipher(settings, kEncrypt, "some text", 4);
+    EXPECT_EQ(encrypted.size(), 9u);
+    EXPECT_EQ(runCipher(settings, kDecrypt, encrypted, 5), "some text");
   }
 }
 
