@@ -131,8 +131,8 @@ TEST(DoubleByteTest, PiecesOfAnySizeGiveTheSameAsOnePiece) {
       std::u16string valid = whole;
       std::erase(valid, u'\xFFFD');
       const std::string written = test::encodeAll(page(id), valid).output;
-      for (const std::size_t in : {1, 2, 3, 5, 64}) {
-        for (const std::size_t out : {1, 2, 3, 7, 64}) {
+      for (const std::size_t in : {1u, 2u, 3u, 5u, 64u}) {
+        for (const std::size_t out : {1u, 2u, 3u, 7u, 64u}) {
           ASSERT_EQ(test::decodeReplacing(page(id), bytes, in, out), whole) << id;
           ASSERT_EQ(test::encodeAll(page(id), valid, in, out).output, written) << id;
         }
