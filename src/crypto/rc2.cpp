@@ -1,10 +1,11 @@
 // RC2 after RFC 2268: 16 mixing rounds over four words of 16 bits, with a mashing round after the
-// fifth and the eleventh.
+// fifth and the eleventh. Mixing is plain arithmetic, so independent blocks run in vector lanes.
 
 #include "crypto/rc2.h"
 
 #include <algorithm>
-#include <bit>
+#include <cstring>
+#include <type_traits>
 
 #include "crypto/block_modes_impl.h"
 #include "platform/secure_wipe.h"
@@ -32,60 +33,131 @@ constexpr std::uint8_t kPi[256] = {
     0x0D, 0x38, 0x34, 0x1B, 0xAB, 0x33, 0xFF, 0xB0, 0xBB, 0x48, 0x0C, 0x5F, 0xB9, 0xB1, 0xCD, 0x2E,
     0xC5, 0xF3, 0xDB, 0x47, 0xE5, 0xA5, 0x9C, 0x77, 0x0A, 0xA6, 0x20, 0x68, 0xFE, 0x7F, 0xC1, 0xAD};
 
+constexpr std::size_t kRounds = 16;
+constexpr std::size_t kMashesAt[2] = {5, 11};  ///< before these rounds
 constexpr int kTurns[4] = {1, 2, 3, 5};
-constexpr bool mashesAfter(std::size_t round) {
-  return round == 4 || round == 10;
-}
 
 constexpr std::uint16_t low(unsigned value) {
   return static_cast<std::uint16_t>(value);
 }
 
-// What the three other words add to word i.
-inline unsigned others(const std::array<std::uint16_t, 4>& r, std::size_t i) noexcept {
-  const unsigned before = r[(i + 3) % 4];
-  return (before & r[(i + 2) % 4]) + (~before & r[(i + 1) % 4]);
-}
+// The words of N blocks, all first words together and so on: one block in plain words, several in
+// vectors, which every compiler has for every processor.
+using Vector = std::uint16_t __attribute__((vector_size(16)));
+template <std::size_t N>
+struct State {
+  using Word = std::conditional_t<N % 8 == 0, Vector, std::uint16_t>;
+  static constexpr std::size_t kCount = N * sizeof(std::uint16_t) / sizeof(Word);
+  using Lanes = std::uint16_t[4][N];
+
+  Word word[4][kCount];
+
+  // `change` gets the words as lanes[i][n].
+  template <class Change>
+  void byLane(const Change& change) noexcept {
+    Lanes lanes;
+    std::memcpy(lanes, word, sizeof lanes);
+    change(lanes);
+    std::memcpy(word, lanes, sizeof lanes);
+  }
+
+  // What the three other words add to word I.
+  template <std::size_t I>
+  Word others(std::size_t n) const noexcept {
+    const Word before = word[(I + 3) % 4][n];
+    return static_cast<Word>((before & word[(I + 2) % 4][n]) + (~before & word[(I + 1) % 4][n]));
+  }
+
+  template <std::size_t I>
+  void mixWord(std::uint16_t key) noexcept {
+    for (std::size_t n = 0; n < kCount; ++n) {
+      const auto sum = static_cast<Word>(static_cast<Word>(word[I][n] + key) + others<I>(n));
+      word[I][n] = static_cast<Word>((sum << kTurns[I]) | (sum >> (16 - kTurns[I])));
+    }
+  }
+
+  template <std::size_t I>
+  void unmixWord(std::uint16_t key) noexcept {
+    for (std::size_t n = 0; n < kCount; ++n) {
+      const Word w = word[I][n];
+      const auto turned = static_cast<Word>((w >> kTurns[I]) | (w << (16 - kTurns[I])));
+      word[I][n] = static_cast<Word>(turned - key - others<I>(n));
+    }
+  }
+
+  void mix(const std::uint16_t* keys) noexcept {
+    mixWord<0>(keys[0]);
+    mixWord<1>(keys[1]);
+    mixWord<2>(keys[2]);
+    mixWord<3>(keys[3]);
+  }
+
+  void unmix(const std::uint16_t* keys) noexcept {
+    unmixWord<3>(keys[3]);
+    unmixWord<2>(keys[2]);
+    unmixWord<1>(keys[1]);
+    unmixWord<0>(keys[0]);
+  }
+
+  void mash(const std::uint16_t* keys) noexcept {
+    byLane([keys](Lanes& lanes) {
+      for (std::size_t n = 0; n < N; ++n)
+        for (std::size_t i = 0; i < 4; ++i)
+          lanes[i][n] = low(lanes[i][n] + unsigned{keys[lanes[(i + 3) % 4][n] & 63]});
+    });
+  }
+
+  void unmash(const std::uint16_t* keys) noexcept {
+    byLane([keys](Lanes& lanes) {
+      for (std::size_t n = 0; n < N; ++n)
+        for (std::size_t i = 4; i-- > 0;)
+          lanes[i][n] = low(lanes[i][n] - unsigned{keys[lanes[(i + 3) % 4][n] & 63]});
+    });
+  }
+
+  void get(const std::array<std::uint16_t, 4>* blocks) noexcept {
+    byLane([blocks](Lanes& lanes) {
+      for (std::size_t n = 0; n < N; ++n)
+        for (std::size_t i = 0; i < 4; ++i) lanes[i][n] = blocks[n][i];
+    });
+  }
+
+  void put(std::array<std::uint16_t, 4>* blocks) noexcept {
+    byLane([blocks](const Lanes& lanes) {
+      for (std::size_t n = 0; n < N; ++n)
+        for (std::size_t i = 0; i < 4; ++i) blocks[n][i] = lanes[i][n];
+    });
+  }
+};
 
 }  // namespace
 
 template <std::size_t N>
 inline void Rc2::encryptBlocks(Block* blocks) const noexcept {
-  for (std::size_t round = 0; round < 16; ++round) {
-    for (std::size_t i = 0; i < 4; ++i) {
-      for (std::size_t n = 0; n < N; ++n) {
-        Block& r = blocks[n];
-        r[i] = std::rotl(low((r[i] + words_[4 * round + i]) + others(r, i)), kTurns[i]);
-      }
-    }
-    if (!mashesAfter(round)) continue;
-    for (std::size_t i = 0; i < 4; ++i) {
-      for (std::size_t n = 0; n < N; ++n) {
-        Block& r = blocks[n];
-        r[i] = low(r[i] + unsigned{words_[r[(i + 3) % 4] & 63]});
-      }
-    }
+  State<N> state{};
+  state.get(blocks);
+  const std::uint16_t* const keys = words_.data();
+  std::size_t round = 0;
+  for (const std::size_t mash : kMashesAt) {
+    for (; round < mash; ++round) state.mix(keys + 4 * round);
+    state.mash(keys);
   }
+  for (; round < kRounds; ++round) state.mix(keys + 4 * round);
+  state.put(blocks);
 }
 
 template <std::size_t N>
 inline void Rc2::decryptBlocks(Block* blocks) const noexcept {
-  for (std::size_t round = 16; round-- > 0;) {
-    if (mashesAfter(round)) {
-      for (std::size_t i = 4; i-- > 0;) {
-        for (std::size_t n = 0; n < N; ++n) {
-          Block& r = blocks[n];
-          r[i] = low(r[i] - unsigned{words_[r[(i + 3) % 4] & 63]});
-        }
-      }
-    }
-    for (std::size_t i = 4; i-- > 0;) {
-      for (std::size_t n = 0; n < N; ++n) {
-        Block& r = blocks[n];
-        r[i] = low(std::rotr(r[i], kTurns[i]) - words_[4 * round + i] - others(r, i));
-      }
-    }
+  State<N> state{};
+  state.get(blocks);
+  const std::uint16_t* const keys = words_.data();
+  std::size_t round = kRounds;
+  for (const std::size_t mash : {kMashesAt[1], kMashesAt[0]}) {
+    while (round > mash) state.unmix(keys + 4 * --round);
+    state.unmash(keys);
   }
+  while (round > 0) state.unmix(keys + 4 * --round);
+  state.put(blocks);
 }
 
 Rc2::~Rc2() {

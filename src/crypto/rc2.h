@@ -20,7 +20,7 @@ class Rc2 final : public BlockModes<Rc2, 8> {
  private:
   friend class BlockModes<Rc2, 8>;
   using Block = std::array<std::uint16_t, 4>;
-  static constexpr std::size_t kLanes = 4;
+  static constexpr std::size_t kLanes = 16;
 
   static Block load(const std::uint8_t* p) noexcept {
     const auto word = [p](std::size_t i) {

@@ -110,22 +110,40 @@ inline std::uint32_t Twofish::gRotated(std::uint32_t word) const noexcept {
          (boxes_[3][(word >> 16) & 0xFF] ^ boxes_[0][word >> 24]);
 }
 
+// One round; `Half` is where the words that stay as they are begin.
+template <std::size_t Half, std::size_t N>
+inline void Twofish::encryptRound(Block* blocks, const std::uint32_t* keys) const noexcept {
+  for (std::size_t n = 0; n < N; ++n) {
+    Block& r = blocks[n];
+    std::uint32_t& c = r[2 - Half];
+    std::uint32_t& d = r[3 - Half];
+    const std::uint32_t t1 = gRotated(r[Half + 1]);
+    const std::uint32_t t0 = g(r[Half]) + t1;
+    c = std::rotr(c ^ (t0 + keys[0]), 1);
+    d = std::rotl(d, 1) ^ (t0 + (t1 + keys[1]));
+  }
+}
+
+template <std::size_t Half, std::size_t N>
+inline void Twofish::decryptRound(Block* blocks, const std::uint32_t* keys) const noexcept {
+  for (std::size_t n = 0; n < N; ++n) {
+    Block& r = blocks[n];
+    std::uint32_t& c = r[2 - Half];
+    std::uint32_t& d = r[3 - Half];
+    const std::uint32_t t1 = gRotated(r[Half + 1]);
+    const std::uint32_t t0 = g(r[Half]) + t1;
+    c = std::rotl(c, 1) ^ (t0 + keys[0]);
+    d = std::rotr(d ^ (t0 + (t1 + keys[1])), 1);
+  }
+}
+
 template <std::size_t N>
 inline void Twofish::encryptBlocks(Block* blocks) const noexcept {
   for (std::size_t n = 0; n < N; ++n)
     for (std::size_t i = 0; i < 4; ++i) blocks[n][i] ^= subkeys_[i];
-  for (std::size_t round = 0; round < 16; ++round) {
-    const std::size_t half = 2 * (round % 2);
-    const std::uint32_t* const keys = &subkeys_[8 + 2 * round];
-    for (std::size_t n = 0; n < N; ++n) {
-      Block& r = blocks[n];
-      const std::uint32_t t0 = g(r[half]);
-      const std::uint32_t t1 = gRotated(r[half + 1]);
-      std::uint32_t& c = r[2 - half];
-      std::uint32_t& d = r[3 - half];
-      c = std::rotr(c ^ (t0 + t1 + keys[0]), 1);
-      d = std::rotl(d, 1) ^ (t0 + 2 * t1 + keys[1]);
-    }
+  for (std::size_t key = 8; key < 40; key += 4) {
+    encryptRound<0, N>(blocks, &subkeys_[key]);
+    encryptRound<2, N>(blocks, &subkeys_[key + 2]);
   }
   for (std::size_t n = 0; n < N; ++n) {
     const Block r = blocks[n];
@@ -139,18 +157,9 @@ inline void Twofish::decryptBlocks(Block* blocks) const noexcept {
     const Block r = blocks[n];
     for (std::size_t i = 0; i < 4; ++i) blocks[n][(i + 2) % 4] = r[i] ^ subkeys_[4 + i];
   }
-  for (std::size_t round = 16; round-- > 0;) {
-    const std::size_t half = 2 * (round % 2);
-    const std::uint32_t* const keys = &subkeys_[8 + 2 * round];
-    for (std::size_t n = 0; n < N; ++n) {
-      Block& r = blocks[n];
-      const std::uint32_t t0 = g(r[half]);
-      const std::uint32_t t1 = gRotated(r[half + 1]);
-      std::uint32_t& c = r[2 - half];
-      std::uint32_t& d = r[3 - half];
-      c = std::rotl(c, 1) ^ (t0 + t1 + keys[0]);
-      d = std::rotr(d ^ (t0 + 2 * t1 + keys[1]), 1);
-    }
+  for (std::size_t key = 40; key > 8; key -= 4) {
+    decryptRound<2, N>(blocks, &subkeys_[key - 2]);
+    decryptRound<0, N>(blocks, &subkeys_[key - 4]);
   }
   for (std::size_t n = 0; n < N; ++n)
     for (std::size_t i = 0; i < 4; ++i) blocks[n][i] ^= subkeys_[i];

@@ -34,6 +34,10 @@ class Twofish final : public BlockModes<Twofish, 16> {
   }
   std::uint32_t g(std::uint32_t word) const noexcept;
   std::uint32_t gRotated(std::uint32_t word) const noexcept;
+  template <std::size_t Half, std::size_t N>
+  void encryptRound(Block* blocks, const std::uint32_t* keys) const noexcept;
+  template <std::size_t Half, std::size_t N>
+  void decryptRound(Block* blocks, const std::uint32_t* keys) const noexcept;
   template <std::size_t N>
   void encryptBlocks(Block* blocks) const noexcept;
   template <std::size_t N>
