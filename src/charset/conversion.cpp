@@ -6,6 +6,7 @@
 
 #include "core/charset/byte_order_mark.h"
 #include "core/charset/charset_naming.h"
+#include "core/charset/charset_request.h"
 #include "core/charset/code_page.h"
 #include "core/charset/html_charset.h"
 #include "core/data_sink.h"
@@ -34,17 +35,6 @@ std::uint64_t unitBytesOf(int codePage) {
   }
 }
 
-/// A charset name without white space around it and "bom:" in front; tells whether that was there.
-bool takeMarkPrefix(const XString& name, StringBuffer& plain) {
-  static constexpr std::string_view kPrefix = "bom:";
-  plain.setString(name.getUtf8());
-  plain.trim2();
-  if (!plain.beginsWithIgnoreCase(kPrefix)) return false;
-  plain.setString(plain.view().substr(kPrefix.size()));
-  plain.trim2();
-  return true;
-}
-
 /// The name that a document is to declare: the one given, unless it would need quotes or means
 /// something else on every machine.
 std::string declaredName(std::string_view given, int codePage) {
@@ -62,12 +52,11 @@ std::string declaredName(std::string_view given, int codePage) {
 }  // namespace
 
 int lookUpCharset(const XString& name, const char* tag, LogBase& log) {
-  StringBuffer plain;
-  takeMarkPrefix(name, plain);
-  log.logData(tag, plain.getString());
-  const int codePage = CharsetNaming::charsetToCodePage(plain.view());
+  const CharsetRequest request = CharsetRequest::parse(name.getUtf8Sb().view());
+  log.logData(tag, std::string(request.name).c_str());
+  const int codePage = request.codePage;
   if (codePage == 0) {
-    log.logError(plain.empty() ? "No charset is set." : "Unknown charset.");
+    log.logError(request.name.empty() ? "No charset is set." : "Unknown charset.");
   } else if (findCodePage(codePage) == nullptr) {
     log.logDataLong("CodePage", codePage);
     log.logError("There is no conversion table for this charset.");
@@ -88,7 +77,9 @@ bool Conversion::setSource(const XString& name) {
 
 bool Conversion::setTarget(const XString& name) {
   to_ = lookUpCharset(name, "ToCharset", log_);
-  writeMark_ = takeMarkPrefix(name, toName_);
+  const CharsetRequest request = CharsetRequest::parse(name.getUtf8Sb().view());
+  toName_.setString(request.name);
+  writeMark_ = request.byteOrderMark;
   return to_ != 0;
 }
 

@@ -1,7 +1,7 @@
 // Whole text files in any charset.
 
 #include "core/charset/byte_order_mark.h"
-#include "core/charset/charset_naming.h"
+#include "core/charset/charset_request.h"
 #include "core/charset/code_page.h"
 #include "core/charset/encoding_convert.h"
 #include "core/log_base.h"
@@ -11,7 +11,6 @@ namespace zantrel {
 namespace {
 
 constexpr const char* kConversionError = "Character encoding conversion failed.";
-constexpr std::string_view kBomPrefix = "bom:";
 
 bool unknownCharset(const char* name, LogBase& log) {
   log.logError("Unknown charset.");
@@ -57,15 +56,11 @@ bool XString::readFile(const char* path, const char* charsetName, LogBase& log) 
 
 bool XString::saveAs(const char* path, const char* charsetName, bool markUnicode,
                      LogBase& log) const {
-  StringBuffer name(charsetName);
-  name.trim2();
-  if (name.beginsWithIgnoreCase(kBomPrefix)) {
-    name.setString(name.view().substr(kBomPrefix.size()));
-    markUnicode = true;
-  } else if (textCodePage(charsetName) == codepage::kUtf8) {
-    markUnicode = false;  // most readers of UTF-8 expect none
-  }
-  const int codePage = textCodePage(name.getString());
+  const CharsetRequest request = CharsetRequest::parse(charsetName != nullptr ? charsetName : "");
+  const int codePage = request.name.empty() ? codepage::kUtf8 : request.codePage;
+  // Most readers of UTF-8 expect no mark.
+  if (codePage == codepage::kUtf8) markUnicode = false;
+  if (request.byteOrderMark) markUnicode = true;
   if (codePage == codepage::kUnknown) return unknownCharset(charsetName, log);
 
   DataBuffer text;

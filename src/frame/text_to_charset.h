@@ -2,22 +2,14 @@
 // Text that a component writes in a charset its caller has named.
 
 #include <cstdint>
-#include <string_view>
+
+#include "core/charset/charset_request.h"
 
 namespace zantrel {
 
 class DataBuffer;
 class LogBase;
 class XString;
-
-/// A charset name as callers give it: "bom:" in front asks for a byte-order mark.
-struct CharsetRequest {
-  std::string_view name;  ///< trimmed, without the prefix; a part of the text that was parsed
-  int codePage = 0;       ///< 0 for an unknown name
-  bool byteOrderMark = false;
-
-  static CharsetRequest parse(std::string_view text);
-};
 
 /// Where a method's charset comes from: only a property of that name can be hinted at.
 enum class CharsetOrigin : std::uint8_t { Argument, CharsetProperty };
