@@ -48,6 +48,7 @@ class Digest : public ZantrelObject {
     std::uint8_t digest[kMaxDigestBytes];
     hash_.finalize(digest);
     out.append(digest, digestBytes());
+    wipeLocal(digest);
   }
 
   void digestData(const void* bytes, std::size_t length, std::uint8_t* out) {
@@ -58,6 +59,7 @@ class Digest : public ZantrelObject {
     std::uint8_t digest[kMaxDigestBytes];
     digestData(bytes, length, digest);
     out.append(digest, digestBytes());
+    wipeLocal(digest);
   }
   void digestBuffer(const DataBuffer& bytes, std::uint8_t* out) {
     digestData(bytes.getData2(), bytes.getSize(), out);

@@ -81,6 +81,7 @@ void Hash::doHash(const void* bytes, std::size_t length, int hashId, DataBuffer&
                    digest);
   out.clear();
   out.append(digest, algorithm.digestBytes);
+  wipeLocal(digest);  // it may serve as a key
 }
 
 std::size_t Hash::hashLen(int hashId) noexcept {

@@ -81,6 +81,7 @@ void Hmac::hmac(const void* data, std::size_t dataLength, const void* key, std::
   keyed.mac(span(data, dataLength), mac);  // before clearing: the data may be those of `out`
   out.clear();
   out.append(mac, keyed.macBytes());
+  wipeLocal(mac);
 }
 
 }  // namespace zantrel
