@@ -6,8 +6,10 @@
 //   kBlockBytes                     bytes a block
 //   kMaxDigestBytes, digestBytes()  the room a digest needs at most, and what it takes
 //   start()                         loads the initial values
-//   compress(blocks, count)         absorbs whole blocks
-//   finish(rest, used, total, out)  absorbs the last `used` bytes of `total` and writes the digest
+//   compress(blocks, count)         absorbs whole blocks; where two ranges at once are quicker,
+//   also
+//                                   with (last, lastCount)
+//   finish(rest, total, out)        absorbs what is left of `total` bytes and writes the digest
 // WordState below supplies start() and finish() for those that follow the pattern of MD4: a word
 // array for a state, one bit behind the message, the message's length in bits at the end.
 //
@@ -36,19 +38,27 @@ inline void wipeLocal(T& object) noexcept {
   __asm__ __volatile__("" : : "r"(&object) : "memory");
 }
 
-/// Pads the last bytes of a message with `padByte`, zeros and the trailer, and absorbs them.
+/// Absorbs the rest of a message, pads it with `padByte`, zeros and the trailer.
 template <std::size_t TrailerBytes, class State>
-inline void absorbLastBlocks(State& state, const std::uint8_t* rest, std::size_t used,
-                             std::uint8_t padByte,
-                             const std::array<std::uint8_t, TrailerBytes>& trailer) {
+inline void absorbPadded(State& state, ByteSpan rest, std::uint8_t padByte,
+                         const std::array<std::uint8_t, TrailerBytes>& trailer) {
   constexpr std::size_t kBlock = State::kBlockBytes;
   static_assert(TrailerBytes < kBlock);
+  // The last blocks are laid out first: their bytes are then in the cache, and need not be picked
+  // from narrower stores under way, when the chain of the whole blocks gets to them.
+  const std::size_t blocks = rest.size() / kBlock;
+  const std::size_t used = rest.size() % kBlock;
   std::uint8_t last[2 * kBlock] = {};
-  if (used > 0) std::memcpy(last, rest, used);
+  if (used > 0) std::memcpy(last, rest.data() + blocks * kBlock, used);
   last[used] = padByte;
   const std::size_t count = used + 1 + TrailerBytes <= kBlock ? 1 : 2;
   std::memcpy(last + count * kBlock - TrailerBytes, trailer.data(), TrailerBytes);
-  state.compress(last, count);
+  if constexpr (requires { state.compress(last, count, last, count); }) {
+    state.compress(rest.data(), blocks, last, count);
+  } else {
+    if (blocks > 0) state.compress(rest.data(), blocks);
+    state.compress(last, count);
+  }
   wipeLocal(last);
 }
 
@@ -64,7 +74,7 @@ class WordState {
 
   void start() noexcept { words_ = Algorithm::kInitial; }
 
-  void finish(const std::uint8_t* rest, std::size_t used, std::uint64_t total, std::uint8_t* out) {
+  void finish(ByteSpan rest, std::uint64_t total, std::uint8_t* out) {
     std::array<std::uint8_t, LengthBytes> length{};
     if constexpr (Order == std::endian::little) {
       static_assert(Order == std::endian::big || LengthBytes == 8);
@@ -73,9 +83,8 @@ class WordState {
       storeWord<Order>(total << 3, length.data() + LengthBytes - 8);
       if constexpr (LengthBytes == 16) storeWord<Order>(total >> 61, length.data());
     }
-    absorbLastBlocks(static_cast<Algorithm&>(*this), rest, used, 0x80, length);
-    for (std::size_t i = 0; i < DigestBytes / sizeof(Word); ++i)
-      storeWord<Order>(words_[i], out + i * sizeof(Word));
+    absorbPadded(static_cast<Algorithm&>(*this), rest, 0x80, length);
+    storeWords<Order, DigestBytes / sizeof(Word)>(words_.data(), out);
   }
 
  protected:
@@ -128,7 +137,7 @@ class BlockHash {
 
   /// Writes digestBytes() bytes and starts over.
   void finalize(std::uint8_t* out) {
-    state_.finish(block_, static_cast<std::size_t>(total_ % kBlockBytes), total_, out);
+    state_.finish({block_, static_cast<std::size_t>(total_ % kBlockBytes)}, total_, out);
     secureWipe(block_, sizeof block_);
     initialize();
   }
@@ -143,20 +152,14 @@ class BlockHash {
       return;
     }
     State state(state_);
-    const std::size_t blocks = bytes.size() / kBlockBytes;
-    if (blocks > 0) state.compress(bytes.data(), blocks);
-    const std::size_t absorbed = blocks * kBlockBytes;
-    state.finish(bytes.data() + absorbed, bytes.size() - absorbed, total_ + bytes.size(), out);
+    state.finish(bytes, total_ + bytes.size(), out);
     wipeLocal(state);
   }
 
   /// The digest of one range, without a context.
   static void digest(ByteSpan bytes, std::uint8_t* out, State state = State()) {
     state.start();
-    const std::size_t blocks = bytes.size() / kBlockBytes;
-    if (blocks > 0) state.compress(bytes.data(), blocks);
-    const std::size_t absorbed = blocks * kBlockBytes;
-    state.finish(bytes.data() + absorbed, bytes.size() - absorbed, bytes.size(), out);
+    state.finish(bytes, bytes.size(), out);
     wipeLocal(state);
   }
 

@@ -29,4 +29,22 @@ inline void storeWord(Word word, std::uint8_t* to) noexcept {
   std::memcpy(to, &word, sizeof word);
 }
 
+/// Writes Count words. Words of 32 bits are swapped four at a time: who reads the result in vectors
+/// right after need not wait until it has left the store queue.
+template <std::endian Order, std::size_t Count, class Word>
+inline void storeWords(const Word* words, std::uint8_t* to) noexcept {
+  std::size_t i = 0;
+  if constexpr (Order != std::endian::native && sizeof(Word) == 4) {
+    using Four = std::uint32_t __attribute__((vector_size(16)));
+    for (; i + 4 <= Count; i += 4) {
+      Four four;
+      std::memcpy(&four, words + i, sizeof four);
+      four = (four << 16) | (four >> 16);
+      four = ((four & 0x00FF00FF) << 8) | ((four >> 8) & 0x00FF00FF);
+      std::memcpy(to + 4 * i, &four, sizeof four);
+    }
+  }
+  for (; i < Count; ++i) storeWord<Order>(words[i], to + i * sizeof(Word));
+}
+
 }  // namespace zantrel

@@ -113,15 +113,14 @@ void HavalState::compress(const std::uint8_t* blocks, std::size_t count) noexcep
   absorb<5>(words_, blocks, count);
 }
 
-void HavalState::finish(const std::uint8_t* rest, std::size_t used, std::uint64_t total,
-                        std::uint8_t* out) {
+void HavalState::finish(ByteSpan rest, std::uint64_t total, std::uint8_t* out) {
   // The length stands behind sixteen bits that hold the version, 1, the passes and the size.
   constexpr int kVersion = 1;
   std::array<std::uint8_t, 10> trailer;
   trailer[0] = static_cast<std::uint8_t>((bits_ & 3) << 6 | passes_ << 3 | kVersion);
   trailer[1] = static_cast<std::uint8_t>(bits_ >> 2);
   storeWord<std::endian::little>(total << 3, trailer.data() + 2);
-  absorbLastBlocks(*this, rest, used, 0x01, trailer);
+  absorbPadded(*this, rest, 0x01, trailer);
   fold();
   for (std::size_t i = 0; i < digestBytes() / 4; ++i)
     storeWord<std::endian::little>(words_[i], out + 4 * i);

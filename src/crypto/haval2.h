@@ -23,7 +23,7 @@ class HavalState final {
   std::size_t digestBytes() const noexcept { return static_cast<std::size_t>(bits_) / 8; }
   void start() noexcept;
   void compress(const std::uint8_t* blocks, std::size_t count) noexcept;
-  void finish(const std::uint8_t* rest, std::size_t used, std::uint64_t total, std::uint8_t* out);
+  void finish(ByteSpan rest, std::uint64_t total, std::uint8_t* out);
 
  private:
   void fold() noexcept;

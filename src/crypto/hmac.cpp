@@ -63,7 +63,7 @@ std::size_t HmacKey::macBytes() const noexcept {
   return std::visit([](const auto& pads) { return pads.inner.digestBytes(); }, pads_);
 }
 
-void HmacKey::mac(ByteSpan data, std::uint8_t* out) const {
+[[gnu::flatten]] void HmacKey::mac(ByteSpan data, std::uint8_t* out) const {
   std::visit(
       [&](const auto& pads) {
         std::uint8_t inner[kMaxDigestBytes];

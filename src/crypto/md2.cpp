@@ -62,11 +62,13 @@ void Md2State::compress(const std::uint8_t* blocks, std::size_t count) noexcept 
   }
 }
 
-void Md2State::finish(const std::uint8_t* rest, std::size_t used, std::uint64_t,
-                      std::uint8_t* out) {
+void Md2State::finish(ByteSpan rest, std::uint64_t, std::uint8_t* out) {
+  const std::size_t blocks = rest.size() / kBlockBytes;
+  const std::size_t used = rest.size() % kBlockBytes;
   std::uint8_t last[kBlockBytes];
   std::memset(last, static_cast<int>(kBlockBytes - used), sizeof last);
-  if (used > 0) std::memcpy(last, rest, used);
+  if (used > 0) std::memcpy(last, rest.data() + blocks * kBlockBytes, used);
+  compress(rest.data(), blocks);
   compress(last, 1);
   secureWipe(last, sizeof last);
   mix(checksum_.data());

@@ -18,7 +18,7 @@ class Md2State final {
 
   void start() noexcept;
   void compress(const std::uint8_t* blocks, std::size_t count) noexcept;
-  void finish(const std::uint8_t* rest, std::size_t used, std::uint64_t total, std::uint8_t* out);
+  void finish(ByteSpan rest, std::uint64_t total, std::uint8_t* out);
 
  private:
   void mix(const std::uint8_t* block) noexcept;

@@ -11,6 +11,8 @@ class Sha1State final : public WordState<Sha1State, std::uint32_t, 5, 64, 20, st
   static constexpr std::array<std::uint32_t, 5> kInitial = {0x67452301, 0xEFCDAB89, 0x98BADCFE,
                                                             0x10325476, 0xC3D2E1F0};
   void compress(const std::uint8_t* blocks, std::size_t count) noexcept;
+  void compress(const std::uint8_t* blocks, std::size_t count, const std::uint8_t* last,
+                std::size_t lastCount) noexcept;
 };
 
 class Sha1 final : public Digest<Sha1State> {};

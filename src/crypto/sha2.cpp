@@ -45,12 +45,21 @@ alignas(64) const std::uint64_t kRound512[80] = {
 }  // namespace sha
 
 void Sha256State::compress(const std::uint8_t* blocks, std::size_t count) noexcept {
+  compress(blocks, count, nullptr, 0);
+}
+
+void Sha256State::compress(const std::uint8_t* blocks, std::size_t count, const std::uint8_t* last,
+                           std::size_t lastCount) noexcept {
 #if defined(ZT_X86_64)
   const CpuFeatures& cpu = cpuFeatures();
-  if (cpu.shaNi) return sha::sha256ShaNi(words_.data(), blocks, count);
-  if (cpu.avx2) return sha::sha256Avx2(words_.data(), blocks, count);
+  if (cpu.shaNi) return sha::sha256ShaNi(words_.data(), blocks, count, last, lastCount);
+  if (cpu.avx2) {
+    sha::sha256Avx2(words_.data(), blocks, count);
+    return sha::sha256Avx2(words_.data(), last, lastCount);
+  }
 #endif
   sha::sha2Blocks(words_.data(), blocks, count);
+  sha::sha2Blocks(words_.data(), last, lastCount);
 }
 
 void compressSha512(std::uint64_t* state, const std::uint8_t* blocks, std::size_t count) noexcept {

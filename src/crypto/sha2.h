@@ -18,6 +18,8 @@ class Sha256State final
                                                             0xA54FF53A, 0x510E527F, 0x9B05688C,
                                                             0x1F83D9AB, 0x5BE0CD19};
   void compress(const std::uint8_t* blocks, std::size_t count) noexcept;
+  void compress(const std::uint8_t* blocks, std::size_t count, const std::uint8_t* last,
+                std::size_t lastCount) noexcept;
 };
 
 /// Absorbs blocks of 128 bytes into the state that SHA-384 and SHA-512 share.

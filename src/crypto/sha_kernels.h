@@ -16,8 +16,12 @@ extern const std::uint64_t kRound512[80];
 #if defined(ZT_X86_64)
 #define ZT_TARGET_SHA __attribute__((target("sha,sse4.1,ssse3")))
 
-void sha1ShaNi(std::uint32_t* state, const std::uint8_t* blocks, std::size_t count) noexcept;
-void sha256ShaNi(std::uint32_t* state, const std::uint8_t* blocks, std::size_t count) noexcept;
+// These go on with `lastCount` blocks at `last`, so that a short message and its padding need the
+// state brought into order once only.
+void sha1ShaNi(std::uint32_t* state, const std::uint8_t* blocks, std::size_t count,
+               const std::uint8_t* last, std::size_t lastCount) noexcept;
+void sha256ShaNi(std::uint32_t* state, const std::uint8_t* blocks, std::size_t count,
+                 const std::uint8_t* last, std::size_t lastCount) noexcept;
 void sha1Avx2(std::uint32_t* state, const std::uint8_t* blocks, std::size_t count) noexcept;
 void sha256Avx2(std::uint32_t* state, const std::uint8_t* blocks, std::size_t count) noexcept;
 void sha512Avx2(std::uint64_t* state, const std::uint8_t* blocks, std::size_t count) noexcept;

@@ -8,6 +8,8 @@
 
 #if defined(ZT_X86_64)
 
+#include <utility>
+
 #include "platform/x86_intrinsics.h"
 
 namespace zantrel::sha {
@@ -64,22 +66,32 @@ ZT_SHA_INLINE __m128i sha256Words(__m128i (&w)[4], const std::uint8_t* block) {
   return words;
 }
 
+// `added` holds the words of this group with their constants; the next ones are made between the
+// two halves, so that they never wait for the chain.
 template <int Group = 0>
-ZT_SHA_INLINE void sha256Groups(__m128i& abef, __m128i& cdgh, __m128i (&w)[4],
-                                const std::uint8_t* block) {
-  const __m128i added = _mm_add_epi32(sha256Words<Group>(w, block), load(kRound256 + 4 * Group));
+ZT_SHA_INLINE void sha256Groups(__m128i& abef, __m128i& cdgh, __m128i (&w)[4], __m128i added,
+                                const std::uint32_t* constants, const std::uint8_t* block) {
   cdgh = _mm_sha256rnds2_epu32(cdgh, abef, added);
-  abef = _mm_sha256rnds2_epu32(abef, cdgh, _mm_shuffle_epi32(added, 0x0E));
-  if constexpr (Group < 15) sha256Groups<Group + 1>(abef, cdgh, w, block);
+  const __m128i second = _mm_shuffle_epi32(added, 0x0E);
+  if constexpr (Group < 15)
+    added = _mm_add_epi32(sha256Words<Group + 1>(w, block), load(constants + 4 * (Group + 1)));
+  abef = _mm_sha256rnds2_epu32(abef, cdgh, second);
+  if constexpr (Group < 15) sha256Groups<Group + 1>(abef, cdgh, w, added, constants, block);
 }
 
 }  // namespace
 
-ZT_TARGET_SHA void sha1ShaNi(std::uint32_t* state, const std::uint8_t* blocks,
-                             std::size_t count) noexcept {
+ZT_TARGET_SHA void sha1ShaNi(std::uint32_t* state, const std::uint8_t* blocks, std::size_t count,
+                             const std::uint8_t* last, std::size_t lastCount) noexcept {
   __m128i abcd = _mm_shuffle_epi32(load(state), 0x1B);
   __m128i e = _mm_set_epi32(static_cast<int>(state[4]), 0, 0, 0);
-  for (; count > 0; --count, blocks += 64) {
+  for (;; blocks += 64) {
+    if (count == 0) {
+      if (lastCount == 0) break;
+      blocks = last;
+      count = std::exchange(lastCount, 0);
+    }
+    --count;
     const __m128i abcdBefore = abcd;
     const __m128i eBefore = e;
     __m128i w[4];
@@ -91,18 +103,28 @@ ZT_TARGET_SHA void sha1ShaNi(std::uint32_t* state, const std::uint8_t* blocks,
   state[4] = static_cast<std::uint32_t>(_mm_extract_epi32(e, 3));
 }
 
-ZT_TARGET_SHA void sha256ShaNi(std::uint32_t* state, const std::uint8_t* blocks,
-                               std::size_t count) noexcept {
+ZT_TARGET_SHA void sha256ShaNi(std::uint32_t* state, const std::uint8_t* blocks, std::size_t count,
+                               const std::uint8_t* last, std::size_t lastCount) noexcept {
   // The instructions want the words a b e f and c d g h side by side, the first in the top lane.
   const __m128i badc = _mm_shuffle_epi32(load(state), 0xB1);
   const __m128i hgfe = _mm_shuffle_epi32(load(state + 4), 0x1B);
   __m128i abef = _mm_alignr_epi8(badc, hgfe, 8);
   __m128i cdgh = _mm_blend_epi16(hgfe, badc, 0xF0);
-  for (; count > 0; --count, blocks += 64) {
+  for (;; blocks += 64) {
+    if (count == 0) {
+      if (lastCount == 0) break;
+      blocks = last;
+      count = std::exchange(lastCount, 0);
+    }
+    --count;
     const __m128i abefBefore = abef;
     const __m128i cdghBefore = cdgh;
     __m128i w[4];
-    sha256Groups(abef, cdgh, w, blocks);
+    // The compiler must not keep 64 constants in registers that it has not: it would spill them.
+    const std::uint32_t* constants = kRound256;
+    __asm__("" : "+r"(constants));
+    const __m128i added = _mm_add_epi32(sha256Words<0>(w, blocks), load(constants));
+    sha256Groups(abef, cdgh, w, added, constants, blocks);
     abef = _mm_add_epi32(abef, abefBefore);
     cdgh = _mm_add_epi32(cdgh, cdghBefore);
   }
