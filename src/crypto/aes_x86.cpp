@@ -70,13 +70,22 @@ ZT_TARGET_AES inline void ecbGroup(const std::uint8_t (*keys)[kBlockSize], std::
   for (std::size_t n = 0; n < N; ++n) put(out + n * kBlockSize, lastRound<way>(blocks[n], last));
 }
 
+template <Way way, std::size_t N>
+ZT_TARGET_AES inline void ecbGroups(const std::uint8_t (*keys)[kBlockSize], std::size_t rounds,
+                                    const std::uint8_t*& in, std::uint8_t*& out,
+                                    std::size_t& blocks) {
+  for (; blocks >= N; blocks -= N, in += N * kBlockSize, out += N * kBlockSize)
+    ecbGroup<way, N>(keys, rounds, in, out);
+}
+
+// What is left of groups goes in halves, so that short texts run side by side too.
 template <Way way>
 ZT_TARGET_AES void ecb(const std::uint8_t (*keys)[kBlockSize], std::size_t rounds,
                        const std::uint8_t* in, std::uint8_t* out, std::size_t blocks) {
-  for (; blocks >= kLanes; blocks -= kLanes, in += kLanes * kBlockSize, out += kLanes * kBlockSize)
-    ecbGroup<way, kLanes>(keys, rounds, in, out);
-  for (; blocks > 0; --blocks, in += kBlockSize, out += kBlockSize)
-    ecbGroup<way, 1>(keys, rounds, in, out);
+  ecbGroups<way, kLanes>(keys, rounds, in, out, blocks);
+  ecbGroups<way, 4>(keys, rounds, in, out, blocks);
+  ecbGroups<way, 2>(keys, rounds, in, out, blocks);
+  ecbGroups<way, 1>(keys, rounds, in, out, blocks);
 }
 
 void ecbEncrypt(const Schedule& keys, const std::uint8_t* in, std::uint8_t* out,
@@ -139,13 +148,21 @@ ZT_TARGET_AES inline __m128i cbcDecryptGroup(const Schedule& keys, __m128i previ
   return previous;
 }
 
+template <std::size_t N>
+ZT_TARGET_AES inline void cbcDecryptGroups(const Schedule& keys, __m128i& previous,
+                                           const std::uint8_t*& in, std::uint8_t*& out,
+                                           std::size_t& blocks) {
+  for (; blocks >= N; blocks -= N, in += N * kBlockSize, out += N * kBlockSize)
+    previous = cbcDecryptGroup<N>(keys, previous, in, out);
+}
+
 ZT_TARGET_AES void cbcDecrypt(const Schedule& keys, std::uint8_t* chain, const std::uint8_t* in,
                               std::uint8_t* out, std::size_t blocks) {
   __m128i previous = get(chain);
-  for (; blocks >= kLanes; blocks -= kLanes, in += kLanes * kBlockSize, out += kLanes * kBlockSize)
-    previous = cbcDecryptGroup<kLanes>(keys, previous, in, out);
-  for (; blocks > 0; --blocks, in += kBlockSize, out += kBlockSize)
-    previous = cbcDecryptGroup<1>(keys, previous, in, out);
+  cbcDecryptGroups<kLanes>(keys, previous, in, out, blocks);
+  cbcDecryptGroups<4>(keys, previous, in, out, blocks);
+  cbcDecryptGroups<2>(keys, previous, in, out, blocks);
+  cbcDecryptGroups<1>(keys, previous, in, out, blocks);
   put(chain, previous);
 }
 
@@ -240,18 +257,21 @@ std::size_t ecbWideAnyKey(const std::uint8_t (*keys)[kBlockSize], std::size_t ro
 
 void ecbEncryptWide(const Schedule& keys, const std::uint8_t* in, std::uint8_t* out,
                     std::size_t blocks) {
+  if (blocks < kWideGroup) return ecbEncrypt(keys, in, out, blocks);
   const std::size_t done = ecbWideAnyKey<Way::encrypt>(keys.encrypt, keys.rounds, in, out, blocks);
   ecbEncrypt(keys, in + done * kBlockSize, out + done * kBlockSize, blocks - done);
 }
 
 void ecbDecryptWide(const Schedule& keys, const std::uint8_t* in, std::uint8_t* out,
                     std::size_t blocks) {
+  if (blocks < kWideGroup) return ecbDecrypt(keys, in, out, blocks);
   const std::size_t done = ecbWideAnyKey<Way::decrypt>(keys.decrypt, keys.rounds, in, out, blocks);
   ecbDecrypt(keys, in + done * kBlockSize, out + done * kBlockSize, blocks - done);
 }
 
 void cbcDecryptWideAnyKey(const Schedule& keys, std::uint8_t* chain, const std::uint8_t* in,
                           std::uint8_t* out, std::size_t blocks) {
+  if (blocks < kWideGroup) return cbcDecrypt(keys, chain, in, out, blocks);
   const auto wide = keys.rounds == 10   ? cbcDecryptWide<10>
                     : keys.rounds == 12 ? cbcDecryptWide<12>
                                         : cbcDecryptWide<14>;

@@ -61,17 +61,20 @@ struct State {
     std::memcpy(word, lanes, sizeof lanes);
   }
 
-  // What the three other words add to word I.
+  // What the three other words add to word I. Handed out by reference: how vectors are returned
+  // depends on the processor on 32-bit systems.
   template <std::size_t I>
-  Word others(std::size_t n) const noexcept {
+  void others(std::size_t n, Word& sum) const noexcept {
     const Word before = word[(I + 3) % 4][n];
-    return static_cast<Word>((before & word[(I + 2) % 4][n]) + (~before & word[(I + 1) % 4][n]));
+    sum = static_cast<Word>((before & word[(I + 2) % 4][n]) + (~before & word[(I + 1) % 4][n]));
   }
 
   template <std::size_t I>
   void mixWord(std::uint16_t key) noexcept {
     for (std::size_t n = 0; n < kCount; ++n) {
-      const auto sum = static_cast<Word>(static_cast<Word>(word[I][n] + key) + others<I>(n));
+      Word sum;
+      others<I>(n, sum);
+      sum = static_cast<Word>(static_cast<Word>(word[I][n] + key) + sum);
       word[I][n] = static_cast<Word>((sum << kTurns[I]) | (sum >> (16 - kTurns[I])));
     }
   }
@@ -79,9 +82,11 @@ struct State {
   template <std::size_t I>
   void unmixWord(std::uint16_t key) noexcept {
     for (std::size_t n = 0; n < kCount; ++n) {
+      Word sum;
+      others<I>(n, sum);
       const Word w = word[I][n];
       const auto turned = static_cast<Word>((w >> kTurns[I]) | (w << (16 - kTurns[I])));
-      word[I][n] = static_cast<Word>(turned - key - others<I>(n));
+      word[I][n] = static_cast<Word>(turned - key - sum);
     }
   }
 
