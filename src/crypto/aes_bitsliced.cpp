@@ -273,7 +273,9 @@ std::uint32_t substituteWord(std::uint32_t word) noexcept {
   transpose(planes);
   substitute(planes);
   transpose(planes);
-  return static_cast<std::uint32_t>(planes[0]);
+  const auto result = static_cast<std::uint32_t>(planes[0]);
+  secureWipe(planes.data(), sizeof planes);
+  return result;
 }
 
 }  // namespace zantrel::aes

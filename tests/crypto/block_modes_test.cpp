@@ -4,6 +4,8 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <iterator>
+#include <memory>
 #include <vector>
 
 #include "crypto/aes.h"
@@ -115,6 +117,27 @@ TEST(Rc4Test, TheKeyStreamContinuesAcrossCallsOfAnySizeInPlace) {
       cipher.apply(work.data() + at, work.data() + at, std::min(piece, work.size() - at));
     ASSERT_EQ(work, expected) << piece;
   }
+}
+
+// How many bytes of an object are not zero after it had a key and went away.
+template <class Cipher, class... Settings>
+std::size_t bytesLeft(std::size_t keySize, Settings... settings) {
+  alignas(Cipher) static std::uint8_t storage[sizeof(Cipher)];
+  Cipher* const cipher = std::construct_at(reinterpret_cast<Cipher*>(storage));
+  cipher->setKey(ByteSpan(pattern(32)).first(keySize), settings...);
+  std::destroy_at(cipher);
+  const auto zeros = std::count(std::begin(storage), std::end(storage), 0);
+  return sizeof storage - static_cast<std::size_t>(zeros);
+}
+
+TEST(CipherWipeTest, NoCipherLeavesItsKeyInMemory) {
+  onEachCipherPath([] { EXPECT_LE(bytesLeft<Aes>(32), sizeof(void*)); });  // which path it took
+  EXPECT_EQ(bytesLeft<Blowfish>(16), 0u);
+  EXPECT_EQ(bytesLeft<Twofish>(16), 0u);
+  EXPECT_EQ(bytesLeft<Des>(8), 0u);
+  EXPECT_EQ(bytesLeft<TripleDes>(24), 0u);
+  EXPECT_EQ(bytesLeft<Rc2>(16, 128), 0u);
+  EXPECT_EQ(bytesLeft<Rc4>(16), 0u);
 }
 
 }  // namespace
