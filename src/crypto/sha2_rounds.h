@@ -49,8 +49,9 @@ template <class Word>
 }
 
 /// One round; v is indexed so that nothing moves. `added` is message word plus constant; `ab` is
-/// a ^ b of this round on return, of the round before on entry.
-template <int Round, class Word>
+/// a ^ b of this round on return, of the round before on entry. ShortChain has the next e one
+/// operation earlier for two more additions: a gain where the message schedule is made elsewhere.
+template <int Round, bool ShortChain = false, class Word>
 [[gnu::always_inline]] inline void sha2Round(Word (&v)[8], Word& ab, Word added) {
   using S = Sha2<Word>;
   const Word a = v[(0 - Round) & 7];
@@ -61,10 +62,20 @@ template <int Round, class Word>
   const Word g = v[(6 - Round) & 7];
   Word& h = v[(7 - Round) & 7];
   h += added;
-  h += ~e & g;
-  h += e & f;
-  h += rotations(e, S::kBigE);
-  d += h;
+  if constexpr (ShortChain) {
+    d += h;
+    const Word ch = ((f ^ g) & e) ^ g;
+    const Word rotated = rotations(e, S::kBigE);
+    h += ch;
+    d += ch;
+    h += rotated;
+    d += rotated;
+  } else {
+    h += ~e & g;
+    h += e & f;
+    h += rotations(e, S::kBigE);
+    d += h;
+  }
   const Word bc = ab;
   ab = a ^ b;
   h += (ab & bc) ^ b;

@@ -42,9 +42,11 @@ ZT_AVX512_INLINE void schedulePair(__m128i (&x)[8], Word* added, const Word* con
 template <bool More, int Pair = 0>
 ZT_AVX512_INLINE void sixteenRounds(Word (&v)[8], Word& ab, __m128i (&x)[8], Word* added,
                                     const Word* constants) {
-  sha2Round<2 * Pair>(v, ab, added[2 * Pair]);
-  sha2Round<2 * Pair + 1>(v, ab, added[2 * Pair + 1]);
+  const Word first = added[2 * Pair];
+  const Word second = added[2 * Pair + 1];
   if constexpr (More) schedulePair<Pair>(x, added, constants);
+  sha2Round<2 * Pair, true>(v, ab, first);
+  sha2Round<2 * Pair + 1, true>(v, ab, second);
   if constexpr (Pair < 7) sixteenRounds<More, Pair + 1>(v, ab, x, added, constants);
 }
 
