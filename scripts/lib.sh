@@ -26,7 +26,7 @@ install_groups() {
   for group in "$@"; do
     listed=$(packages_of "$group")
     for package in $listed; do
-      dpkg-query -W -f '${Status}' "$package" 2>/dev/null | grep -q '^install ok installed$' ||
+      [ "$(dpkg-query -W -f '${Status}' "$package" 2>/dev/null)" = 'install ok installed' ] ||
         missing+=("$package")
     done
   done
