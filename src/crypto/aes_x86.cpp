@@ -129,23 +129,21 @@ void cbcEncrypt(const Schedule& keys, std::uint8_t* chain, const std::uint8_t* i
   cbcEncryptRounds<14>(keys, chain, in, out, blocks);
 }
 
-// The last round adds the block before instead of a separate operation. All of the group is read
-// before any of it is written: the output may be the input.
+// Written from the last block to the first: each reads the block before it from the input, which
+// the output may lie over.
 template <std::size_t N>
 ZT_TARGET_AES inline __m128i cbcDecryptGroup(const Schedule& keys, __m128i previous,
                                              const std::uint8_t* in, std::uint8_t* out) {
-  const __m128i last = get(keys.decrypt[keys.rounds]);
   __m128i blocks[N];
-  __m128i ends[N];
-  for (std::size_t n = 0; n < N; ++n) {
-    blocks[n] = get(in + n * kBlockSize);
-    ends[n] = _mm_xor_si128(previous, last);
-    previous = blocks[n];
-  }
+  for (std::size_t n = 0; n < N; ++n) blocks[n] = get(in + n * kBlockSize);
+  const __m128i next = blocks[N - 1];
   middleRounds<Way::decrypt, N>(keys.decrypt, keys.rounds, blocks);
-  for (std::size_t n = 0; n < N; ++n)
-    put(out + n * kBlockSize, _mm_aesdeclast_si128(blocks[n], ends[n]));
-  return previous;
+  const __m128i last = get(keys.decrypt[keys.rounds]);
+  for (std::size_t n = N; n-- > 0;) {
+    const __m128i before = n == 0 ? previous : get(in + (n - 1) * kBlockSize);
+    put(out + n * kBlockSize, _mm_aesdeclast_si128(blocks[n], _mm_xor_si128(last, before)));
+  }
+  return next;
 }
 
 template <std::size_t N>
