@@ -11,8 +11,9 @@
 namespace zantrel {
 namespace {
 
-// RFC 1319, section 3.2: a permutation drawn from the digits of pi.
-constexpr std::uint8_t kPi[256] = {
+// RFC 1319, section 3.2: a permutation drawn from the digits of pi. In 32 bits, so that no byte
+// must be widened on the way from one look-up to the next.
+constexpr std::uint32_t kPi[256] = {
     41,  46,  67,  201, 162, 216, 124, 1,   61,  54,  84,  161, 236, 240, 6,   19,  98,  167, 5,
     243, 192, 199, 115, 140, 152, 147, 43,  217, 188, 76,  130, 202, 30,  155, 87,  60,  253, 212,
     224, 22,  103, 66,  111, 24,  138, 23,  229, 18,  190, 78,  196, 214, 218, 158, 222, 73,  160,
@@ -40,8 +41,8 @@ void Md2State::mix(const std::uint8_t* block) noexcept {
   std::memcpy(x, chain_.data(), 16);
   std::memcpy(x + 16, block, 16);
   for (std::size_t i = 0; i < 16; ++i) x[32 + i] = static_cast<std::uint8_t>(x[i] ^ x[16 + i]);
-  unsigned t = 0;
-  for (unsigned round = 0; round < 18; ++round) {
+  std::uint32_t t = 0;
+  for (std::uint32_t round = 0; round < 18; ++round) {
     for (std::uint8_t& byte : x) {
       t = byte ^ kPi[t];
       byte = static_cast<std::uint8_t>(t);
