@@ -4,6 +4,7 @@
 // engines of such charsets include this file.
 
 #include <algorithm>
+#include <cstring>
 #include <memory>
 
 #include "core/charset/ascii_run.h"
@@ -59,24 +60,39 @@ class DoubleByteDecoder final : public Decoder {
   }
 
  private:
-  /// Pairs up to the first byte or pair that is something else, or the end of a span.
+  /// Pairs, and single ASCII bytes between them, up to a longer run of ASCII, the first byte or
+  /// pair that is something else, or the end of a span.
   void decodePairs(const std::uint8_t*& in, const std::uint8_t* end, char16_t*& out,
                    const char16_t* outEnd) const noexcept {
     const DoubleByteRow* const rows = table_.rows;
     const char16_t* const cells = tables::kDoubleByteCells;
+    const unsigned firstBeyondAscii = table_.asciiLow ? 0x80 : 0;
     const std::uint8_t* p = in;
     char16_t* o = out;
-    const auto most = std::min((end - p) / 2, outEnd - o);
-    for (const char16_t* const stop = o + most; o != stop; p += 2) {
+    while (end - p >= 2 && o != outEnd) {
+      if (p[0] < firstBeyondAscii) {
+        if (beginsAsciiRun(p, end)) break;
+        *o++ = *p++;
+        continue;
+      }
       const DoubleByteRow row = rows[p[0]];
       const unsigned cell = static_cast<unsigned>(p[1]) - row.first;
       if (cell >= row.count) break;
       const char16_t unit = cells[row.offset + cell];
       if (unit == kUndefined) break;
       *o++ = unit;
+      p += 2;
     }
     in = p;
     out = o;
+  }
+
+  /// Whether so much ASCII follows that the vector loop is worth its start.
+  static bool beginsAsciiRun(const std::uint8_t* p, const std::uint8_t* end) noexcept {
+    std::uint64_t word;
+    if (end - p < static_cast<std::ptrdiff_t>(sizeof word)) return false;
+    std::memcpy(&word, p, sizeof word);
+    return (word & 0x8080808080808080u) == 0;
   }
 
   /// A run of ASCII, one other character, or the trouble that ended the pairs (false).
