@@ -2,7 +2,9 @@
 # Real files of several charsets, made by iconv, converted by zantrel.
 set -euo pipefail
 
-title() { printf '\n\033[1m%s\033[0m\n' "$*"; }
+bold='' plain=''
+[ ! -t 1 ] || bold=$'\033[1m' plain=$'\033[0m'
+title() { printf '\n%s%s%s\n' "$bold" "$*" "$plain"; }
 # Shows a command, runs it, and indents what it says.
 show() {
   printf '  $ %s\n' "$*"
