@@ -1,6 +1,6 @@
 #pragma once
-// The activity-log interface that every engine writes to. `frame` implements it with Logger; LogNull
-// (log_null.h) discards everything. It is the library's only error channel.
+// The activity-log interface that every engine writes to. `frame` implements it with Logger;
+// LogNull (log_null.h) discards everything. It is the library's only error channel.
 
 #include <cstdint>
 

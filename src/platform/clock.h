@@ -37,7 +37,9 @@ const Clock& machineClock() noexcept;
 /// The clock in force: the machine's unless a ScopedClock stands.
 const Clock& systemClock() noexcept;
 
-inline std::uint32_t tickCountMs() { return systemClock().tickCountMs(); }
+inline std::uint32_t tickCountMs() {
+  return systemClock().tickCountMs();
+}
 
 /// Replaces the process's clock for its own lifetime; for tests. Must not nest across threads.
 class ScopedClock {

@@ -4,9 +4,9 @@
 namespace zantrel {
 
 struct CpuFeatures {
-  bool ssse3 = false;    ///< with SSE4.1
-  bool avx2 = false;     ///< with BMI1 and BMI2
-  bool avx512 = false;   ///< F, BW, DQ, VL, VBMI and VBMI2
+  bool ssse3 = false;   ///< with SSE4.1
+  bool avx2 = false;    ///< with BMI1 and BMI2
+  bool avx512 = false;  ///< F, BW, DQ, VL, VBMI and VBMI2
   bool pclmul = false;
   bool vpclmul = false;
   bool aesNi = false;
@@ -39,9 +39,10 @@ class ScopedCpuFeatures {
 #define ZT_X86_64 1
 #define ZT_TARGET_SSSE3 __attribute__((target("ssse3,sse4.1")))
 #define ZT_TARGET_AVX2 __attribute__((target("avx2,bmi,bmi2,popcnt,lzcnt")))
-#define ZT_TARGET_AVX512                                                                   \
-  __attribute__((target("avx512f,avx512bw,avx512dq,avx512vl,avx512vbmi,avx512vbmi2,bmi," \
-                        "bmi2,popcnt,lzcnt")))
+#define ZT_TARGET_AVX512                                                      \
+  __attribute__((                                                             \
+      target("avx512f,avx512bw,avx512dq,avx512vl,avx512vbmi,avx512vbmi2,bmi," \
+             "bmi2,popcnt,lzcnt")))
 #endif
 
 }  // namespace zantrel

@@ -4,6 +4,8 @@
 
 namespace zantrel {
 
-[[noreturn]] inline void failFast() noexcept { __builtin_trap(); }
+[[noreturn]] inline void failFast() noexcept {
+  __builtin_trap();
+}
 
 }  // namespace zantrel

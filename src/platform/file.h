@@ -1,7 +1,7 @@
 #pragma once
 // Files by UTF-8 path. On POSIX systems the path's bytes are used as they are; on Windows the file
-// is opened through its ANSI name when the path converts exactly, otherwise through its UTF-16 name.
-// Failures come back as the operating system's error number (0 = none); see error_text.h.
+// is opened through its ANSI name when the path converts exactly, otherwise through its UTF-16
+// name. Failures come back as the operating system's error number (0 = none); see error_text.h.
 
 #include <cstddef>
 #include <cstdint>

@@ -1,7 +1,6 @@
 #pragma once
 // A lock that its owner thread may take again: a critical section of the operating system.
 
-
 namespace zantrel {
 
 class RecursiveMutex {

@@ -38,7 +38,8 @@ class TempFolder {
   std::string path_;
 };
 
-/// Runs a program found on PATH with an argument list; its standard output, or nothing if it failed.
+/// Runs a program found on PATH with an argument list; its standard output, or nothing if it
+/// failed.
 std::optional<std::string> runProgram(const std::vector<std::string>& command,
                                       const std::string& standardInput = {});
 bool haveProgram(const std::string& name);

@@ -1,9 +1,9 @@
 // GB 18030 (GB 18030-2000, as Windows has it: U+1E3F has a four-byte code, A8BC is U+E7C7).
 //
-// One- and two-byte codes form a table as in other double-byte pages. The four-byte codes 81308130..8431A439 number
-// the other characters of the basic plane in code-point order; the generator lists where that order
-// has no gaps. Those from 90308130 on are U+10000..U+10FFFF, one after the other. So every code
-// point has a code; only the unassigned four-byte codes are invalid.
+// One- and two-byte codes form a table as in other double-byte pages. The four-byte codes
+// 81308130..8431A439 number the other characters of the basic plane in code-point order; the
+// generator lists where that order has no gaps. Those from 90308130 on are U+10000..U+10FFFF, one
+// after the other. So every code point has a code; only the unassigned four-byte codes are invalid.
 
 #include "core/charset/gb18030.h"
 
