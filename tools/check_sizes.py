@@ -18,8 +18,8 @@ def layer_of(path):
 
 def check():
     arguments = argparse.ArgumentParser(description=__doc__)
-    arguments.add_argument("--library", help="the built library, to print its size")
-    library = arguments.parse_args().library
+    arguments.add_argument("--library", dest="built", help="the built library, to print its size")
+    library = arguments.parse_args().built
 
     lines, generated, problems = collections.Counter(), collections.Counter(), []
     for path in tree.files(".h", ".cpp", ".py"):

@@ -5,6 +5,7 @@
 #include <limits>
 #include <utility>
 
+#include "core/ascii_text.h"
 #include "core/encode/hex.h"
 #include "core/storage.h"
 #include "core/string_buffer.h"
@@ -204,9 +205,7 @@ bool DataBuffer::getXmlCharset(StringBuffer& out) const {
   out.clear();
   const std::string_view content = text().substr(0, text().find('\0'));
   static constexpr std::string_view kWord = "encoding";
-  const auto sameLetter = [](char c, char lower) {
-    return c == lower || (c >= 'A' && c <= 'Z' && c + ('a' - 'A') == lower);
-  };
+  const auto sameLetter = [](char c, char lower) { return asciiLower(c) == lower; };
   const auto word =
       std::search(content.begin(), content.end(), kWord.begin(), kWord.end(), sameLetter);
   if (word == content.end()) return false;
@@ -214,7 +213,7 @@ bool DataBuffer::getXmlCharset(StringBuffer& out) const {
   std::size_t at =
       content.find('=', static_cast<std::size_t>(word - content.begin()) + kWord.size());
   if (at == std::string_view::npos) return false;
-  at = content.find_first_not_of(" \t\r\n", at + 1);
+  at = content.find_first_not_of(kTrimmedBlanks, at + 1);
   if (at == std::string_view::npos) return false;
   if (content[at] == '"') ++at;
   if (at < content.size() && content[at] == '\'') ++at;

@@ -3,25 +3,16 @@
 
 #include <algorithm>
 
+#include "core/ascii_text.h"
 #include "core/data_buffer.h"
 #include "core/encode/hex.h"
 #include "core/string_buffer.h"
 #include "core/text_search.h"
 
 namespace zantrel {
-namespace {
-
-constexpr std::string_view kTrimmed = " \t\r\n";
-
-}  // namespace
-
 void StringBuffer::trim2() {
   guard_.check();
-  const std::string_view text = view();
-  const std::size_t first = text.find_first_not_of(kTrimmed);
-  if (first == std::string_view::npos) return clear();
-  const std::size_t last = text.find_last_not_of(kTrimmed);
-  setString(text.substr(first, last - first + 1));
+  setString(trimmed(view()));
 }
 
 void StringBuffer::toLowerCase() {

@@ -7,12 +7,9 @@
 #include <string_view>
 #include <vector>
 
-namespace zantrel {
+#include "core/ascii_text.h"
 
-/// Upper-case ASCII letters as lower-case ones; other bytes as they are.
-constexpr char asciiLower(char c) noexcept {
-  return c >= 'A' && c <= 'Z' ? static_cast<char>(c + ('a' - 'A')) : c;
-}
+namespace zantrel {
 
 bool equalsAsciiNoCase(std::string_view a, std::string_view b) noexcept;
 

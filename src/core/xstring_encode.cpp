@@ -3,6 +3,7 @@
 #include <cstring>
 #include <utility>
 
+#include "core/ascii_text.h"
 #include "core/auto_link.h"
 #include "core/charset/code_page.h"
 #include "core/encode/base64.h"
@@ -66,12 +67,7 @@ bool XString::encodeWith(const char* charsetName, bool (*encode)(ByteSpan, Strin
 bool XString::decodeWith(const char* charsetName, bool trim,
                          bool (*decode)(std::string_view, DataBuffer&)) {
   if (textCodePage(charsetName) == codepage::kUnknown) return false;
-  std::string_view text = utf8();
-  if (trim) {
-    const std::size_t first = text.find_first_not_of(" \t\r\n");
-    text.remove_prefix(first == text.npos ? text.size() : first);
-    text = text.substr(0, text.find_last_not_of(" \t\r\n") + 1);
-  }
+  const std::string_view text = trim ? trimmed(utf8()) : utf8();
   DataBuffer bytes;
   if (!decode(text, bytes)) return false;
   XString decoded;

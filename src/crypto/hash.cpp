@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <string>
 
+#include "core/ascii_text.h"
 #include "crypto/haval2.h"
 #include "crypto/md2.h"
 #include "crypto/md4.h"
@@ -95,7 +96,7 @@ int Hash::hashIdFromName(std::string_view name) {
   std::string plain;
   for (const char c : name) {
     if (c == ' ' || c == '\t' || c == '-') continue;
-    plain += c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
+    plain += asciiLower(c);
   }
   constexpr std::string_view kWord = "digest";
   std::string bare;

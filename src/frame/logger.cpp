@@ -3,6 +3,7 @@
 #include <charconv>
 #include <string_view>
 
+#include "core/ascii_text.h"
 #include "core/string_buffer.h"
 #include "frame/log_render.h"
 #include "platform/file.h"
@@ -10,14 +11,6 @@
 namespace zantrel {
 
 namespace {
-
-std::string_view trimmedTag(const char* tag) {
-  static constexpr std::string_view kSpace = " \t\r\n";
-  const std::string_view text = tag != nullptr ? tag : "";
-  const std::size_t first = text.find_first_not_of(kSpace);
-  if (first == std::string_view::npos) return {};
-  return text.substr(first, text.find_last_not_of(kSpace) - first + 1);
-}
 
 /// A number as text, in a place of its own.
 class NumberText {
@@ -35,7 +28,7 @@ class NumberText {
 };
 
 bool addData(ErrorLog& tree, const char* tag, std::string_view value) {
-  const std::string_view name = trimmedTag(tag);
+  const std::string_view name = trimmed(tag != nullptr ? tag : "");
   if (name.empty()) return false;
   tree.addData(name, value);
   return true;

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 
+#include "core/ascii_text.h"
 #include "core/string_buffer.h"
 #include "platform/ansi_code_page.h"
 
@@ -177,17 +178,13 @@ constexpr std::size_t kMinNameLength = 3;
 constexpr std::size_t kMaxNameLength = 40;  // longer than any accepted name
 
 char normalised(char c) noexcept {
-  if (c >= 'A' && c <= 'Z') return static_cast<char>(c + ('a' - 'A'));
-  return c == '_' ? '-' : c;
+  return c == '_' ? '-' : asciiLower(c);
 }
 
 }  // namespace
 
 int CharsetNaming::charsetToCodePage(std::string_view name) {
-  constexpr std::string_view kBlanks = " \t\r\n";
-  const std::size_t first = name.find_first_not_of(kBlanks);
-  if (first == std::string_view::npos) return 0;
-  name = name.substr(first, name.find_last_not_of(kBlanks) - first + 1);
+  name = trimmed(name);
   if (name.size() < kMinNameLength || name.size() > kMaxNameLength) return 0;
 
   std::array<char, kMaxNameLength> copy;

@@ -18,11 +18,13 @@
 #include <algorithm>
 #include <array>
 
+#include "core/ascii_text.h"
 #include "core/charset/charset_naming.h"
 #include "core/charset/code_page.h"
 #include "core/charset/encoding_convert.h"
 #include "core/data_buffer.h"
 #include "core/string_buffer.h"
+#include "core/text_search.h"
 
 namespace zantrel {
 namespace {
@@ -42,24 +44,13 @@ constexpr char kNotAscii = '\x1A';
 constexpr bool isBlank(char c) noexcept {
   return c == ' ' || c == '\t' || c == '\n' || c == '\r' || c == '\f';
 }
-constexpr char lower(char c) noexcept {
-  return c >= 'A' && c <= 'Z' ? static_cast<char>(c + 32) : c;
-}
 constexpr bool isLetter(char c) noexcept {
-  return lower(c) >= 'a' && lower(c) <= 'z';
+  return asciiLower(c) >= 'a' && asciiLower(c) <= 'z';
 }
 
-bool equalsNoCase(std::string_view a, std::string_view lowerCase) noexcept {
-  return a.size() == lowerCase.size() && std::equal(a.begin(), a.end(), lowerCase.begin(),
-                                                    [](char x, char y) { return lower(x) == y; });
-}
-
-/// First place at or after `from` where `lowerCase` stands in any case, or npos.
-std::size_t findNoCase(std::string_view text, std::string_view lowerCase, std::size_t from) {
-  for (; from + lowerCase.size() <= text.size(); ++from) {
-    if (equalsNoCase(text.substr(from, lowerCase.size()), lowerCase)) return from;
-  }
-  return std::string_view::npos;
+/// First place at or after `from` where a text stands in any case, or npos.
+std::size_t findNoCase(std::string_view text, std::string_view wanted, std::size_t from) {
+  return TextSearcher(wanted, TextSearcher::Case::IgnoreAscii).find(text, from);
 }
 
 bool hasAsciiShape(ByteSpan text, const WideForm& form) {
@@ -149,7 +140,7 @@ struct HtmlCharset::Scanner {
     const std::size_t begin = at;
     while (at < text.size() && !isBlank(text[at]) && text[at] != '>' && text[at] != '/') ++at;
     std::string name(text.substr(begin, at - begin));
-    std::transform(name.begin(), name.end(), name.begin(), lower);
+    std::transform(name.begin(), name.end(), name.begin(), asciiLower);
     const bool meta = name == "meta" && !closing;
     std::vector<Attribute> attributes;
     Attribute attribute;
@@ -177,7 +168,7 @@ struct HtmlCharset::Scanner {
       ++at;
     }
     out.name.assign(text.substr(begin, at - begin));
-    std::transform(out.name.begin(), out.name.end(), out.name.begin(), lower);
+    std::transform(out.name.begin(), out.name.end(), out.name.begin(), asciiLower);
     out.valueAt = at;
     out.value = {};
     while (at < text.size() && isBlank(text[at])) ++at;
@@ -212,7 +203,8 @@ struct HtmlCharset::Scanner {
     }
     const Attribute* pragma = find("http-equiv");
     const Attribute* content = find("content");
-    if (pragma == nullptr || content == nullptr || !equalsNoCase(pragma->value, "content-type")) {
+    if (pragma == nullptr || content == nullptr ||
+        !equalsAsciiNoCase(pragma->value, "content-type")) {
       return;
     }
     scanContent(*content);

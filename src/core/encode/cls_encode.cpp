@@ -2,6 +2,7 @@
 
 #include <utility>
 
+#include "core/ascii_text.h"
 #include "core/data_buffer.h"
 #include "core/encode/content_coding.h"
 #include "core/encode/hex.h"
@@ -23,13 +24,6 @@ constexpr NamePrefix kPrefixes[] = {
 };
 
 constexpr const char* kNames[] = {"base64", "qp", "hex", "url", "html", "ansi", "base32", "uu"};
-
-std::string_view trimmed(std::string_view text) noexcept {
-  constexpr std::string_view kBlanks = " \t\r\n";
-  const std::size_t first = text.find_first_not_of(kBlanks);
-  if (first == text.npos) return {};
-  return text.substr(first, text.find_last_not_of(kBlanks) - first + 1);
-}
 
 bool setOrAppend(StringBuffer&& encoded, XString& out, bool append) {
   return append ? out.appendUtf8(encoded.view()) : out.setFromUtf8(encoded.view());
