@@ -56,6 +56,8 @@ KINDS = {  # kind -> (has a field, has a setter, the setter can refuse)
     "checked": (True, True, True),
     "computed": (False, False, False),
     "computed checked": (False, True, True),
+    "computed write": (False, True, False),
+    "overload": (False, True, False),
     "common": (False, False, False),
     "common write": (False, True, False),
 }
@@ -84,6 +86,7 @@ class Member:
     params: list = dataclasses.field(default_factory=list)
     progress: bool = False
     const: bool = False
+    suffixed: bool = False  # the native name ends with X, whatever the result is
 
     @property
     def field(self):
@@ -104,6 +107,15 @@ class Member:
     @property
     def put_result(self):
         return "bool" if KINDS[self.kind][2] else "void"
+
+    @property
+    def readable(self):
+        return self.kind != "overload"
+
+    @property
+    def native(self):
+        """What the native member is called, without get_ and put_."""
+        return self.name + ("X" if self.produces or self.suffixed or not self.readable else "")
 
     @property
     def produces(self):
@@ -151,9 +163,9 @@ def snake(name):
 
 # -------------------------------------------------------------------------------------- reading
 
-PROPERTY = re.compile(r"(\w+) (\w+) ((?:stored|checked|computed|common|write)(?: (?:checked|write))?)"
+PROPERTY = re.compile(r"(\w+) (\w+) ((?:stored|checked|computed|common|overload)(?: (?:checked|write))?)"
                       r"(?: = (.+))?")
-METHOD = re.compile(r"(\w+) (\w+)\((.*)\)((?: (?:progress|common|const))*)")
+METHOD = re.compile(r"(\w+) (\w+)\((.*)\)((?: (?:progress|common|const|suffixed))*)")
 PARAM = re.compile(r"(out )?(\w+) (\w+)")
 
 
@@ -249,7 +261,10 @@ class Reader:
         self.names[name] = self.line
 
     def declare(self, member):
-        self.unique(member.name)
+        if member.readable:
+            self.unique(member.name)
+        elif member.name not in self.names:
+            self.fail(f'"{member.name}" has no first form above')
 
     def add(self, member):
         self.declare(member)
@@ -286,6 +301,7 @@ class Reader:
         member = Member("method", self.type(type_name), name, self.line)
         member.progress, member.const = "progress" in flags.split(), "const" in flags.split()
         member.kind = "common" if "common" in flags.split() else ""
+        member.suffixed = "suffixed" in flags.split()
         if member.progress and not self.component.events:
             self.fail("progress needs an event row above")
         for text in filter(None, (p.strip() for p in params.split(","))):
@@ -383,7 +399,7 @@ def header(component):
 
 
 def property_header(member):
-    out = [f"  {TYPES[member.type].result} get_{member.name}() const;"]
+    out = [f"  {TYPES[member.type].result} get_{member.name}() const;"] if member.readable else []
     if member.writable:
         out.append(f"  {member.put_result} put_{member.name}({TYPES[member.type].into} value);")
     return out
@@ -446,10 +462,12 @@ def property_facade(component, member):
         field = f"&{component.settings}::{member.field}"
         native = f"&{component.native}::"
         getter = [field if member.has_field else f"{native}{get}"]
-        setter = [f"{native}{put}" if member.put_result == "bool" else field]
+        setter = [field if member.kind == "stored" else f"{native}put_{member.native}"]
         get, put = f"get<{result}>", "put"
-    out = [f"{result} {component.name}::get_{member.name}() const {{"]
-    out += breakable(f"  return facade::{get}", impl + getter, ";") + ["}"]
+    out = []
+    if member.readable:
+        out = [f"{result} {component.name}::get_{member.name}() const {{"]
+        out += breakable(f"  return facade::{get}", impl + getter, ";") + ["}"]
     if member.writable:
         returns = "return " if member.put_result == "bool" else ""
         out += ["", f"{member.put_result} {component.name}::put_{member.name}({into} value) {{"]
@@ -472,7 +490,7 @@ def method_facade(component, member):
     if member.common:
         out += breakable(f"  return facade::{member.name}", ["impl_"] + names, ";")
     else:
-        native = f"&{component.native}::{member.name}{'X' if member.produces else ''}"
+        native = f"&{component.native}::{member.native}"
         handlers = "facade::Handlers{" + ", ".join(
             f"&On{e}" if e in component.events else "nullptr" for e in EVENTS) + "}"
         extra = [handlers] if member.progress else []
@@ -516,6 +534,8 @@ def reference(component):
             if member.what == "property":
                 default = f", default {member.default}" if member.default else ""
                 access = "read and write" if member.writable else "read only"
+                if not member.readable:
+                    access = "write only: the property in another form"
                 out += ["", f"### {member.name}", "",
                         f"Property, {TYPES[member.type].words}, {access}{default}.", ""]
             else:

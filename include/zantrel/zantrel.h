@@ -3,5 +3,6 @@
 /// All of Zantrel's public classes.
 
 #include <zantrel/charset.h>
+#include <zantrel/crypt2.h>
 #include <zantrel/types.h>
 #include <zantrel/zt_string.h>

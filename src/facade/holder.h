@@ -107,13 +107,22 @@ noexcept {
 }
 
 /// A computed property whose getter fills an XString or a DataBuffer.
-template <class Result, class Impl, class Out, class Native>
-Result get(std::unique_ptr<Impl>& impl, const char* name, void (Native::*getter)(Out&)) noexcept {
-  return getThrough<Result>(impl, name, [&](Native& native) {
+template <class Result, class Out, class Impl, class Getter>
+Result getFilled(std::unique_ptr<Impl>& impl, const char* name, Getter getter) noexcept {
+  return getThrough<Result>(impl, name, [&](auto& native) {
     Out out;
     (native.*getter)(out);
     return toPublic(out);
   });
+}
+template <class Result, class Impl, class Out, class Native>
+Result get(std::unique_ptr<Impl>& impl, const char* name, void (Native::*getter)(Out&)) noexcept {
+  return getFilled<Result, Out>(impl, name, getter);
+}
+template <class Result, class Impl, class Out, class Native>
+Result get(std::unique_ptr<Impl>& impl, const char* name,
+           void (Native::*getter)(Out&) const) noexcept {
+  return getFilled<Result, Out>(impl, name, getter);
 }
 
 template <class Impl, class Body>
@@ -132,18 +141,36 @@ bool putThrough(std::unique_ptr<Impl>& impl, const char* name, const Body& body)
   return accepted;
 }
 
-/// A property whose setter decides.
-template <class Impl, class Native, class P, class Value>
-bool put(std::unique_ptr<Impl>& impl, const char* name, bool (Native::*setter)(P),
-         const Value& value) noexcept {
-  return putThrough(impl, name, [&](Native& native) {
+/// Hands a value in its native form P to what the setter of a component does with it.
+template <class P, class Impl, class Value, class Body>
+bool putConverted(std::unique_ptr<Impl>& impl, const char* name, const Value& value,
+                  const Body& body) noexcept {
+  return putThrough(impl, name, [&](auto& native) {
     Argument<P, Value> argument(value);
     if (!argument.fits()) {
       reportRefusedValue(native, name, kTooLarge);
       return false;
     }
     argument.prepare(false);
-    return (native.*setter)(argument.native());
+    return body(native, argument.native());
+  });
+}
+
+/// A property whose setter decides.
+template <class Impl, class Native, class P, class Value>
+bool put(std::unique_ptr<Impl>& impl, const char* name, bool (Native::*setter)(P),
+         const Value& value) noexcept {
+  return putConverted<P>(impl, name, value,
+                         [&](Native& native, P given) { return (native.*setter)(given); });
+}
+
+/// A property whose setter makes any value fit.
+template <class Impl, class Native, class P, class Value>
+void put(std::unique_ptr<Impl>& impl, const char* name, void (Native::*setter)(P),
+         const Value& value) noexcept {
+  putConverted<P>(impl, name, value, [&](Native& native, P given) {
+    (native.*setter)(given);
+    return true;
   });
 }
 
@@ -167,14 +194,8 @@ template <class Impl, class Settings, class Field, class Value>
 requires std::is_object_v<Field>
 void put(std::unique_ptr<Impl>& impl, const char* name, Field Settings::*field,
          const Value& value) noexcept {
-  putThrough(impl, name, [&](auto& native) {
-    Argument<ParameterOf<Field>, Value> argument(value);
-    if (!argument.fits()) {
-      reportRefusedValue(native, name, kTooLarge);
-      return false;
-    }
-    argument.prepare(false);
-    store(native.settings().*field, argument.native());
+  putConverted<ParameterOf<Field>>(impl, name, value, [&](auto& native, ParameterOf<Field> given) {
+    store(native.settings().*field, given);
     return true;
   });
 }

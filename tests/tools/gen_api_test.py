@@ -37,6 +37,15 @@ property text Shape checked = ""
 property text Colour computed
     Name of the colour.
 
+property int Size computed write = 3
+    Size, made to fit.
+
+property text Size overload
+    The same in words.
+
+method bool Save(text path) suffixed
+    Saves the widget.
+
 method bool Turn(text name, int times, out bytes trace) progress
     Turns the widget.
 
@@ -81,6 +90,7 @@ class Generation(unittest.TestCase):
         for line in ("class ZANTREL_API Widget final {", "  /// Turns a minute.",
                      "  int get_Speed() const;", "  void put_Speed(int value);",
                      "  bool put_Shape(Text value);", "  std::string get_Colour() const;",
+                     "  void put_Size(int value);", "  void put_Size(Text value);",
                      "  bool Turn(Text name, int times, Bytes& trace);",
                      "  std::string Describe(ByteView picture);",
                      "  bool Describe(ByteView picture, std::string& out);",
@@ -96,6 +106,9 @@ class Generation(unittest.TestCase):
                      'facade::put(impl_, "Speed", &WidgetSettings::speed, value);',
                      'return facade::put(impl_, "Shape", &ClsWidget::put_Shape, value);',
                      'return facade::get<std::string>(impl_, "Colour", &ClsWidget::get_Colour);',
+                     'facade::put(impl_, "Size", &ClsWidget::put_Size, value);',
+                     'facade::put(impl_, "Size", &ClsWidget::put_SizeX, value);',
+                     'return facade::call(impl_, "Save", &ClsWidget::SaveX, path);',
                      'return facade::call(impl_, "Turn", &ClsWidget::Turn, name, times, trace,',
                      "facade::Handlers{nullptr, &OnAbortCheck, nullptr});",
                      'return facade::call(impl_, "Describe", &ClsWidget::DescribeX, picture, out);',
@@ -116,6 +129,7 @@ class Generation(unittest.TestCase):
         text = self.space.file("docs/reference/Widget.md")
         self.assertIn("Property, integer, read and write, default 5.", text)
         self.assertIn("Property, text, read only.", text)
+        self.assertIn("Property, text, write only: the property in another form.", text)
 
     def test_no_line_is_longer_than_the_limit(self):
         for path in self.space.root.rglob("*"):
@@ -176,6 +190,13 @@ class Errors(unittest.TestCase):
                       'first in line 3')
         self.rejected(self.HEAD + "property int LastErrorText stored\n    A.\nuse common\n", 5,
                       '"LastErrorText" is declared twice')
+
+    def test_a_second_form_needs_a_first(self):
+        with Workspace(Widget="component Widget ClsWidget w.h\n    Doc.\n"
+                              "property text Size overload\n    Doc.\n") as space:
+            status, errors = space.run()
+            self.assertEqual(status, 1)
+            self.assertIn('"Size" has no first form above', errors)
 
     def test_a_member_without_documentation_is_rejected(self):
         self.rejected(self.HEAD + "property int A stored\n\nproperty int B stored\n    B.\n", 3,

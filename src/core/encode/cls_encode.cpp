@@ -50,11 +50,20 @@ const char* ClsEncode::nameOf(EncodingMode mode) noexcept {
 
 bool ClsEncode::Encode(const DataBuffer& bytes, const XString& name, XString& out,
                        bool append) const {
+  return encodeAs(modeOf(name.utf8()), bytes, out, append);
+}
+
+bool ClsEncode::encodeInMode(const DataBuffer& bytes, XString& out) const {
+  return encodeAs(mode_, bytes, out, false);
+}
+
+bool ClsEncode::encodeAs(EncodingMode mode, const DataBuffer& bytes, XString& out,
+                         bool append) const {
   const ContentCoding coding;
   const ByteSpan in = bytes.bytes();
   StringBuffer encoded;
   bool stored = true;
-  switch (modeOf(name.utf8())) {
+  switch (mode) {
     case EncodingMode::Base64:
       stored = coding.encodeBase64(in, encoded);
       break;
@@ -84,9 +93,17 @@ bool ClsEncode::Encode(const DataBuffer& bytes, const XString& name, XString& ou
 }
 
 bool ClsEncode::Decode(const XString& text, const XString& name, DataBuffer& out, bool append) {
+  return decodeAs(modeOf(name.utf8()), text, out, append);
+}
+
+bool ClsEncode::decodeInMode(const XString& text, DataBuffer& out) {
+  return decodeAs(mode_, text, out, false);
+}
+
+bool ClsEncode::decodeAs(EncodingMode mode, const XString& text, DataBuffer& out, bool append) {
   const ContentCoding coding;
   if (!append) out.clear();
-  switch (modeOf(name.utf8())) {
+  switch (mode) {
     case EncodingMode::Base64:
       return coding.decodeBase64(trimmed(text.utf8()), out);
     case EncodingMode::QuotedPrintable:

@@ -22,7 +22,7 @@ enum class EncodingMode : std::int32_t {
   Uu = 8,
 };
 
-class ClsEncode final {
+class ClsEncode {
  public:
   /// The mode of a name: "-", blanks and case do not matter, beginnings suffice ("q", "ur"), and an
   /// unknown name means base64.
@@ -32,6 +32,7 @@ class ClsEncode final {
 
   void put_EncodingMode(const XString& name) { mode_ = modeOf(name.utf8()); }
   void get_EncodingMode(XString& out) const { out.setFromUtf8(nameOf(mode_)); }
+  EncodingMode encodingMode() const noexcept { return mode_; }
   /// What the "begin" line of a UU block says: the file's mode, by default "644", and its name, by
   /// default "file.dat". Decoding a block sets both.
   void put_UuMode(const XString& mode) { uuMode_.setString(mode.utf8()); }
@@ -45,6 +46,10 @@ class ClsEncode final {
   /// The reverse. Malformed text never fails: see the encodings for what becomes of it.
   bool Decode(const XString& text, const XString& name, DataBuffer& out, bool append);
 
+  /// The same in the encoding that EncodingMode names, replacing `out`.
+  bool encodeInMode(const DataBuffer& bytes, XString& out) const;
+  bool decodeInMode(const XString& text, DataBuffer& out);
+
   /// Encodes the bytes that the text has in a charset. False for an unknown charset (nothing is
   /// then encoded) and when a character could not be represented.
   bool EncodeString(const XString& text, const XString& charset, const XString& name, XString& out,
@@ -54,6 +59,9 @@ class ClsEncode final {
                     bool append);
 
  private:
+  bool encodeAs(EncodingMode mode, const DataBuffer& bytes, XString& out, bool append) const;
+  bool decodeAs(EncodingMode mode, const XString& text, DataBuffer& out, bool append);
+
   EncodingMode mode_ = EncodingMode::Base64;
   StringBuffer uuMode_{"644"};
   XString uuFilename_{"file.dat"};

@@ -1,0 +1,130 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+
+#include "core/data_buffer.h"
+#include "core/encode/cls_encode.h"
+#include "core/xstring.h"
+#include "crypt2/crypt2_settings.h"
+#include "crypt2/crypt_hasher.h"
+#include "crypt2/crypt_names.h"
+#include "crypt2/secret.h"
+#include "crypto/hash.h"
+#include "frame/component.h"
+#include "frame/live_objects.h"
+#include "frame/zantrel_crit_sec.h"
+
+namespace zantrel {
+
+/// Digests, authentication codes and encryption: the component behind the public class Crypt2,
+/// which describes its members. Outputs arrive empty. Several threads may use one object.
+class ClsCrypt final : public Component, public ClsEncode, public ZantrelCritSec {
+ public:
+  Crypt2Settings& settings() { return settings_; }
+  ZantrelCritSec* criticalSection() noexcept override { return this; }
+
+  // Settings (cls_crypt.cpp). Setters make any value fit.
+
+  void get_HashAlgorithm(XString& out);
+  void put_HashAlgorithm(const XString& name);
+  int get_HavalRounds() { return havalRounds_; }
+  void put_HavalRounds(int rounds);
+
+  void get_CryptAlgorithm(XString& out);
+  void put_CryptAlgorithm(const XString& name);
+  int get_CipherMode() { return cipherMode_; }
+  void put_CipherMode(int mode);
+  void put_CipherModeX(const XString& name);
+  int get_BlockSize() { return algorithm_.blockSize(); }
+  void get_LastAlgorithm(XString& out) { out.setFromUtf8(lastAlgorithm_); }
+
+  void get_SecretKey(DataBuffer& out) { out.append(secretKey_.bytes()); }
+  void put_SecretKey(const DataBuffer& key) { secretKey_.set(key.bytes()); }
+  void get_IV(DataBuffer& out) { out.append(iv_.bytes()); }
+  void put_IV(const DataBuffer& iv);
+  bool get_HasIV() { return hasIv_; }
+  void get_Salt(DataBuffer& out) { out.append(salt_.bytes()); }
+  void put_Salt(const DataBuffer& salt) { salt_.set(salt.bytes()); }
+  void get_PbesPassword(XString& out) { out = pbesPassword_.text(); }
+  void put_PbesPassword(const XString& password) { pbesPassword_.set(password); }
+
+  // Digests and authentication codes (crypt_hash.cpp)
+
+  bool HashBytesX(const DataBuffer& data, DataBuffer& out);
+  bool HashBytesENCX(const DataBuffer& data, XString& out);
+  bool HashStringX(const XString& text, DataBuffer& out);
+  bool HashStringENCX(const XString& text, XString& out);
+  bool HashFileX(const XString& path, DataBuffer& out, ProgressEvent* progress);
+  bool HashFileENCX(const XString& path, XString& out, ProgressEvent* progress);
+
+  bool HashBeginBytes(const DataBuffer& data);
+  bool HashBeginString(const XString& text);
+  bool HashMoreBytes(const DataBuffer& data);
+  bool HashMoreString(const XString& text);
+  bool HashFinalX(DataBuffer& out);
+  bool HashFinalENCX(XString& out);
+
+  bool SetHmacKeyBytes(const DataBuffer& key);
+  bool SetHmacKeyString(const XString& text);
+  bool SetHmacKeyEncoded(const XString& text, const XString& encoding);
+  bool HmacBytesX(const DataBuffer& data, DataBuffer& out);
+  bool HmacBytesENCX(const DataBuffer& data, XString& out);
+  bool HmacStringX(const XString& text, DataBuffer& out);
+  bool HmacStringENCX(const XString& text, XString& out);
+
+  bool CalcSha1HashX(const DataBuffer& data, DataBuffer& out);
+  bool CalcSha1HashStrX(const XString& text, DataBuffer& out);
+  bool CalcDigestMD5X(const DataBuffer& data, DataBuffer& out);
+  bool CalcDigestMD5StrX(const XString& text, DataBuffer& out);
+  bool CalcMd2HashX(const DataBuffer& data, DataBuffer& out);
+  bool CalcMd2HashStrX(const XString& text, DataBuffer& out);
+
+ private:
+  /// Appends the text in the charset of the property Charset; a loss is logged and is a failure.
+  bool toCharset(MethodCall& call, const XString& text, DataBuffer& out);
+  /// Puts bytes into `out` in the encoding of the property EncodingMode.
+  bool encoded(MethodCall& call, const DataBuffer& bytes, XString& out);
+
+  /// Runs a body on the bytes of a text in Charset; false without that when they cannot be had.
+  template <class Body>
+  bool withBytesOf(MethodCall& call, const XString& text, const Body& body) {
+    SecretBuffer bytes;
+    return toCharset(call, text, bytes.buffer()) && body(bytes.bytes());
+  }
+  /// Runs a body that fills a buffer, and encodes what it made.
+  template <class Body>
+  bool withEncoded(MethodCall& call, XString& out, const Body& body) {
+    DataBuffer bytes;
+    return body(bytes) && encoded(call, bytes, out);
+  }
+
+  DigestChoice digestChoice() const { return {hashId_, settings_.keyLength, havalRounds_}; }
+  bool hash(MethodCall& call, ByteSpan data, DataBuffer& out);
+  bool hashFile(MethodCall& call, const XString& path, DataBuffer& out);
+  bool hashBegin(MethodCall& call, ByteSpan data);
+  bool hashMore(MethodCall& call, ByteSpan data);
+  bool hashFinal(MethodCall& call, DataBuffer& out);
+  bool isHashUnderWay(MethodCall& call);
+  bool setHmacKey(MethodCall& call, ByteSpan key);
+  bool hmac(MethodCall& call, ByteSpan data, DataBuffer& out);
+  bool fixedDigest(const char* method, int hashId, const DataBuffer& data, DataBuffer& out);
+  bool fixedDigest(const char* method, int hashId, const XString& text, DataBuffer& out);
+
+  CountedObject<LiveObject::ClsCrypt> counted_;
+  Crypt2Settings settings_;
+  int hashId_ = kHashSha1;
+  int havalRounds_ = 3;
+  CryptHasher hasher_;
+
+  CryptAlgorithm algorithm_;
+  int cipherMode_ = kModeCbc;
+  std::string lastAlgorithm_;
+  SecretBuffer secretKey_;
+  SecretBuffer iv_;
+  bool hasIv_ = false;
+  SecretBuffer salt_;
+  SecretText pbesPassword_;
+};
+
+}  // namespace zantrel
