@@ -29,9 +29,16 @@ void HmacKey::start(ByteSpan key, std::size_t padBytes) {
   secureWipe(pad, sizeof pad);
 }
 
-HmacKey::HmacKey(ByteSpan key, int hashId) {
-  // 64 bytes for SHA-384 too, whose blocks have 128: deliberate.
-  const std::size_t padBytes = hashId == kHashSha512 ? 128 : 64;
+// 64 bytes for SHA-384 too, whose blocks have 128: deliberate.
+HmacKey::HmacKey(ByteSpan key, int hashId)
+    : HmacKey(key, hashId, hashId == kHashSha512 ? 128 : 64) {}
+
+HmacKey HmacKey::standard(ByteSpan key, int hashId) {
+  const bool wide = hashId == kHashSha384 || hashId == kHashSha512;
+  return HmacKey(key, hashId, wide ? 128 : 64);
+}
+
+HmacKey::HmacKey(ByteSpan key, int hashId, std::size_t padBytes) {
   DataBuffer shorter;
   if (key.size() > padBytes) {
     Hash::doHash(key.data(), key.size(), hashId, shorter);

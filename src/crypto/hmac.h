@@ -24,6 +24,8 @@ namespace zantrel {
 class HmacKey final {
  public:
   HmacKey(ByteSpan key, int hashId);
+  /// With pads of RFC 2104's size for every algorithm, SHA-384 included.
+  static HmacKey standard(ByteSpan key, int hashId);
 
   /// Length of the result in bytes.
   std::size_t macBytes() const noexcept;
@@ -36,6 +38,8 @@ class HmacKey final {
     BlockHash<State> inner;
     BlockHash<State> outer;
   };
+
+  HmacKey(ByteSpan key, int hashId, std::size_t padBytes);
 
   template <class State>
   void start(ByteSpan key, std::size_t padBytes);
