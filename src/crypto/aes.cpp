@@ -8,7 +8,7 @@
 #include <bit>
 #include <cstring>
 
-#include "crypto/byte_order.h"
+#include "core/byte_order.h"
 #include "platform/cpu_features.h"
 #include "platform/secure_wipe.h"
 

@@ -11,8 +11,8 @@
 #include <bit>
 #include <cstring>
 
+#include "core/byte_order.h"
 #include "crypto/aes_kernels.h"
-#include "crypto/byte_order.h"
 #include "platform/secure_wipe.h"
 
 namespace zantrel::aes {

@@ -23,8 +23,8 @@
 #include <cstring>
 #include <type_traits>
 
+#include "core/byte_order.h"
 #include "core/bytes.h"
-#include "crypto/byte_order.h"
 #include "platform/secure_wipe.h"
 
 namespace zantrel {

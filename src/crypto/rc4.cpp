@@ -6,7 +6,7 @@
 #include <cstring>
 #include <utility>
 
-#include "crypto/byte_order.h"
+#include "core/byte_order.h"
 #include "platform/secure_wipe.h"
 
 namespace zantrel {

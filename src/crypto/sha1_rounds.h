@@ -6,7 +6,7 @@
 #include <cstddef>
 #include <cstdint>
 
-#include "crypto/byte_order.h"
+#include "core/byte_order.h"
 
 namespace zantrel::sha {
 

@@ -10,7 +10,7 @@
 #include <cstddef>
 #include <cstdint>
 
-#include "crypto/byte_order.h"
+#include "core/byte_order.h"
 #include "crypto/sha_kernels.h"
 
 namespace zantrel::sha {

@@ -5,9 +5,9 @@
 #include <cstddef>
 #include <cstdint>
 
+#include "core/byte_order.h"
 #include "core/bytes.h"
 #include "crypto/block_modes.h"
-#include "crypto/byte_order.h"
 
 namespace zantrel {
 
