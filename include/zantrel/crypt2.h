@@ -153,6 +153,18 @@ class ZANTREL_API Crypt2 final {
   bool get_LastChunk() const;
   void put_LastChunk(bool value);
 
+  /// Sets CryptAlgorithm to "rijndael".
+  bool SetAlgorithmRijndael();
+
+  /// Sets CryptAlgorithm to "blowfish".
+  bool SetAlgorithmBlowfish();
+
+  /// Sets CryptAlgorithm to "twofish".
+  bool SetAlgorithmTwofish();
+
+  /// Sets CryptAlgorithm to "pki".
+  bool SetAlgorithmRSA();
+
   // Keys
 
   /// Key of the ciphers. A key that is shorter than KeyLength is filled up with zero bytes, a
@@ -318,6 +330,75 @@ class ZANTREL_API Crypt2 final {
   Bytes CalcMd2HashStr(Text str);
   /// The same into the caller's variable, whose capacity is reused; false on failure.
   bool CalcMd2HashStr(Text str, Bytes& out);
+
+  // Encodings
+
+  /// A text's bytes in a charset, as text in an encoding; see EncodingMode. Fails when the charset
+  /// is unknown or lacks a character.
+  std::string EncodeString(Text str, Text charset, Text encoding);
+  /// The same into the caller's variable, whose capacity is reused; false on failure.
+  bool EncodeString(Text str, Text charset, Text encoding, std::string& out);
+
+  /// Decodes a text to bytes and takes them as text in a charset. Malformed text is skipped or
+  /// misread; U+FFFD stands for bytes that are not valid in the charset. Fails when that is
+  /// unknown.
+  std::string DecodeString(Text str, Text charset, Text encoding);
+  /// The same into the caller's variable, whose capacity is reused; false on failure.
+  bool DecodeString(Text str, Text charset, Text encoding, std::string& out);
+
+  /// A text that one encoding made, in another.
+  std::string ReEncode(Text str, Text fromEncoding, Text toEncoding);
+  /// The same into the caller's variable, whose capacity is reused; false on failure.
+  bool ReEncode(Text str, Text fromEncoding, Text toEncoding, std::string& out);
+
+  /// A text's bytes in a charset in base64, without line breaks. Fails when the charset is unknown
+  /// or lacks a character.
+  std::string Base64Encode(Text str, Text charset);
+  /// The same into the caller's variable, whose capacity is reused; false on failure.
+  bool Base64Encode(Text str, Text charset, std::string& out);
+
+  /// Decodes base64 and takes the bytes as text in a charset, as DecodeString does.
+  std::string Base64Decode(Text str, Text charset);
+  /// The same into the caller's variable, whose capacity is reused; false on failure.
+  bool Base64Decode(Text str, Text charset, std::string& out);
+
+  /// A text's bytes in a charset in quoted-printable. Fails when the charset is unknown or lacks a
+  /// character.
+  std::string QuotedPrintableEncode(Text str, Text charset);
+  /// The same into the caller's variable, whose capacity is reused; false on failure.
+  bool QuotedPrintableEncode(Text str, Text charset, std::string& out);
+
+  /// Decodes quoted-printable and takes the bytes as text in a charset, as DecodeString does.
+  std::string QuotedPrintableDecode(Text str, Text charset);
+  /// The same into the caller's variable, whose capacity is reused; false on failure.
+  bool QuotedPrintableDecode(Text str, Text charset, std::string& out);
+
+  // Bytes, texts and files
+
+  /// Bytes as text in a charset; U+FFFD stands for what is not valid in it. Fails when it is
+  /// unknown.
+  std::string BytesToString(ByteView data, Text charset);
+  /// The same into the caller's variable, whose capacity is reused; false on failure.
+  bool BytesToString(ByteView data, Text charset, std::string& out);
+
+  /// A text's bytes in a charset. Fails when the charset is unknown or lacks a character.
+  Bytes StringToBytes(Text str, Text charset);
+  /// The same into the caller's variable, whose capacity is reused; false on failure.
+  bool StringToBytes(Text str, Text charset, Bytes& out);
+
+  /// A text without an ending, however often it stands there: takes off the zero characters and
+  /// blanks with which PaddingScheme 3 and 4 filled a text up.
+  std::string TrimEndingWith(Text str, Text ending);
+  /// The same into the caller's variable, whose capacity is reused; false on failure.
+  bool TrimEndingWith(Text str, Text ending, std::string& out);
+
+  /// Content of a file of less than 4 GB.
+  Bytes ReadFile(Text path);
+  /// The same into the caller's variable, whose capacity is reused; false on failure.
+  bool ReadFile(Text path, Bytes& out);
+
+  /// Writes a whole file. After a failure what stood there before is still there.
+  bool WriteFile(Text path, ByteView data);
 
  private:
   struct Impl;

@@ -25,6 +25,13 @@ void ClsCrypt::put_CryptAlgorithm(const XString& name) {
   algorithm_ = CryptAlgorithm::of(name.utf8());
 }
 
+bool ClsCrypt::setAlgorithm(const char* method, std::string_view name) {
+  return call(method, [&](MethodCall&) {
+    algorithm_ = CryptAlgorithm::of(name);
+    return true;
+  });
+}
+
 void ClsCrypt::put_CipherMode(int mode) {
   cipherMode_ = std::clamp<int>(mode, kModeCbc, kModeCfb);
 }
@@ -45,9 +52,12 @@ bool ClsCrypt::toCharset(MethodCall& call, const XString& text, DataBuffer& out)
 }
 
 bool ClsCrypt::encoded(MethodCall& call, const DataBuffer& bytes, XString& out) {
-  if (encodingMode() == EncodingMode::Html)
-    call.log().logInfo("The EncodingMode html encodes nothing: the result is empty.");
+  if (encodingMode() == EncodingMode::Html) noteEmptyEncoding(call);
   return encodeInMode(bytes, out);
+}
+
+void ClsCrypt::noteEmptyEncoding(MethodCall& call) {
+  call.log().logInfo("The encoding html encodes nothing: the result is empty.");
 }
 
 }  // namespace zantrel

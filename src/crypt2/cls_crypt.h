@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <string>
+#include <string_view>
 
 #include "core/data_buffer.h"
 #include "core/encode/cls_encode.h"
@@ -49,6 +50,11 @@ class ClsCrypt final : public Component, public ClsEncode, public ZantrelCritSec
   void get_PbesPassword(XString& out) { out = pbesPassword_.text(); }
   void put_PbesPassword(const XString& password) { pbesPassword_.set(password); }
 
+  bool SetAlgorithmRijndael() { return setAlgorithm("SetAlgorithmRijndael", "rijndael"); }
+  bool SetAlgorithmBlowfish() { return setAlgorithm("SetAlgorithmBlowfish", "blowfish"); }
+  bool SetAlgorithmTwofish() { return setAlgorithm("SetAlgorithmTwofish", "twofish"); }
+  bool SetAlgorithmRSA() { return setAlgorithm("SetAlgorithmRSA", "pki"); }
+
   // Digests and authentication codes (crypt_hash.cpp)
 
   bool HashBytesX(const DataBuffer& data, DataBuffer& out);
@@ -80,11 +86,34 @@ class ClsCrypt final : public Component, public ClsEncode, public ZantrelCritSec
   bool CalcMd2HashX(const DataBuffer& data, DataBuffer& out);
   bool CalcMd2HashStrX(const XString& text, DataBuffer& out);
 
+  // Encodings and utilities (crypt_encode.cpp)
+
+  bool EncodeStringX(const XString& text, const XString& charset, const XString& encoding,
+                     XString& out);
+  bool DecodeStringX(const XString& text, const XString& charset, const XString& encoding,
+                     XString& out);
+  bool ReEncodeX(const XString& text, const XString& fromEncoding, const XString& toEncoding,
+                 XString& out);
+  bool Base64EncodeX(const XString& text, const XString& charset, XString& out);
+  bool Base64DecodeX(const XString& text, const XString& charset, XString& out);
+  bool QuotedPrintableEncodeX(const XString& text, const XString& charset, XString& out);
+  bool QuotedPrintableDecodeX(const XString& text, const XString& charset, XString& out);
+  bool BytesToStringX(const DataBuffer& data, const XString& charset, XString& out);
+  bool StringToBytesX(const XString& text, const XString& charset, DataBuffer& out);
+  bool TrimEndingWithX(const XString& text, const XString& ending, XString& out);
+  bool ReadFileX(const XString& path, DataBuffer& out);
+  bool WriteFileX(const XString& path, const DataBuffer& data);
+
  private:
   /// Appends the text in the charset of the property Charset; a loss is logged and is a failure.
   bool toCharset(MethodCall& call, const XString& text, DataBuffer& out);
+  /// Puts bytes into `out` as text in a charset; U+FFFD stands for what is not valid. False for an
+  /// unknown charset only.
+  bool fromCharset(MethodCall& call, ByteSpan bytes, const XString& charset, XString& out);
   /// Puts bytes into `out` in the encoding of the property EncodingMode.
   bool encoded(MethodCall& call, const DataBuffer& bytes, XString& out);
+  bool encodedAs(MethodCall& call, const XString& encoding, const DataBuffer& bytes, XString& out);
+  static void noteEmptyEncoding(MethodCall& call);
 
   /// Runs a body on the bytes of a text in Charset; false without that when they cannot be had.
   template <class Body>
@@ -98,6 +127,12 @@ class ClsCrypt final : public Component, public ClsEncode, public ZantrelCritSec
     DataBuffer bytes;
     return body(bytes) && encoded(call, bytes, out);
   }
+
+  bool setAlgorithm(const char* method, std::string_view name);
+  bool encodeText(MethodCall& call, const XString& text, const XString& charset,
+                  const XString& encoding, XString& out);
+  bool decodeText(MethodCall& call, const XString& text, const XString& charset,
+                  const XString& encoding, XString& out);
 
   DigestChoice digestChoice() const { return {hashId_, settings_.keyLength, havalRounds_}; }
   bool hash(MethodCall& call, ByteSpan data, DataBuffer& out);

@@ -26,8 +26,7 @@ bool ClsCrypt::HashBytesX(const DataBuffer& data, DataBuffer& out) {
 
 bool ClsCrypt::HashBytesENCX(const DataBuffer& data, XString& out) {
   return call("HashBytesENC", [&](MethodCall& c) {
-    return withEncoded(c, out,
-                       [&](DataBuffer& digest) { return hash(c, data.bytes(), digest); });
+    return withEncoded(c, out, [&](DataBuffer& digest) { return hash(c, data.bytes(), digest); });
   });
 }
 

@@ -181,6 +181,22 @@ void Crypt2::put_LastChunk(bool value) {
   facade::put(impl_, "LastChunk", &Crypt2Settings::lastChunk, value);
 }
 
+bool Crypt2::SetAlgorithmRijndael() {
+  return facade::call(impl_, "SetAlgorithmRijndael", &ClsCrypt::SetAlgorithmRijndael);
+}
+
+bool Crypt2::SetAlgorithmBlowfish() {
+  return facade::call(impl_, "SetAlgorithmBlowfish", &ClsCrypt::SetAlgorithmBlowfish);
+}
+
+bool Crypt2::SetAlgorithmTwofish() {
+  return facade::call(impl_, "SetAlgorithmTwofish", &ClsCrypt::SetAlgorithmTwofish);
+}
+
+bool Crypt2::SetAlgorithmRSA() {
+  return facade::call(impl_, "SetAlgorithmRSA", &ClsCrypt::SetAlgorithmRSA);
+}
+
 Bytes Crypt2::get_SecretKey() const {
   return facade::get<Bytes>(impl_, "SecretKey", &ClsCrypt::get_SecretKey);
 }
@@ -441,6 +457,122 @@ Bytes Crypt2::CalcMd2HashStr(Text str) {
 
 bool Crypt2::CalcMd2HashStr(Text str, Bytes& out) {
   return facade::call(impl_, "CalcMd2HashStr", &ClsCrypt::CalcMd2HashStrX, str, out);
+}
+
+std::string Crypt2::EncodeString(Text str, Text charset, Text encoding) {
+  std::string out;
+  EncodeString(str, charset, encoding, out);
+  return out;
+}
+
+bool Crypt2::EncodeString(Text str, Text charset, Text encoding, std::string& out) {
+  return facade::call(impl_, "EncodeString", &ClsCrypt::EncodeStringX, str, charset, encoding, out);
+}
+
+std::string Crypt2::DecodeString(Text str, Text charset, Text encoding) {
+  std::string out;
+  DecodeString(str, charset, encoding, out);
+  return out;
+}
+
+bool Crypt2::DecodeString(Text str, Text charset, Text encoding, std::string& out) {
+  return facade::call(impl_, "DecodeString", &ClsCrypt::DecodeStringX, str, charset, encoding, out);
+}
+
+std::string Crypt2::ReEncode(Text str, Text fromEncoding, Text toEncoding) {
+  std::string out;
+  ReEncode(str, fromEncoding, toEncoding, out);
+  return out;
+}
+
+bool Crypt2::ReEncode(Text str, Text fromEncoding, Text toEncoding, std::string& out) {
+  return facade::call(impl_, "ReEncode", &ClsCrypt::ReEncodeX, str, fromEncoding, toEncoding, out);
+}
+
+std::string Crypt2::Base64Encode(Text str, Text charset) {
+  std::string out;
+  Base64Encode(str, charset, out);
+  return out;
+}
+
+bool Crypt2::Base64Encode(Text str, Text charset, std::string& out) {
+  return facade::call(impl_, "Base64Encode", &ClsCrypt::Base64EncodeX, str, charset, out);
+}
+
+std::string Crypt2::Base64Decode(Text str, Text charset) {
+  std::string out;
+  Base64Decode(str, charset, out);
+  return out;
+}
+
+bool Crypt2::Base64Decode(Text str, Text charset, std::string& out) {
+  return facade::call(impl_, "Base64Decode", &ClsCrypt::Base64DecodeX, str, charset, out);
+}
+
+std::string Crypt2::QuotedPrintableEncode(Text str, Text charset) {
+  std::string out;
+  QuotedPrintableEncode(str, charset, out);
+  return out;
+}
+
+bool Crypt2::QuotedPrintableEncode(Text str, Text charset, std::string& out) {
+  return facade::call(impl_, "QuotedPrintableEncode", &ClsCrypt::QuotedPrintableEncodeX, str,
+                      charset, out);
+}
+
+std::string Crypt2::QuotedPrintableDecode(Text str, Text charset) {
+  std::string out;
+  QuotedPrintableDecode(str, charset, out);
+  return out;
+}
+
+bool Crypt2::QuotedPrintableDecode(Text str, Text charset, std::string& out) {
+  return facade::call(impl_, "QuotedPrintableDecode", &ClsCrypt::QuotedPrintableDecodeX, str,
+                      charset, out);
+}
+
+std::string Crypt2::BytesToString(ByteView data, Text charset) {
+  std::string out;
+  BytesToString(data, charset, out);
+  return out;
+}
+
+bool Crypt2::BytesToString(ByteView data, Text charset, std::string& out) {
+  return facade::call(impl_, "BytesToString", &ClsCrypt::BytesToStringX, data, charset, out);
+}
+
+Bytes Crypt2::StringToBytes(Text str, Text charset) {
+  Bytes out;
+  StringToBytes(str, charset, out);
+  return out;
+}
+
+bool Crypt2::StringToBytes(Text str, Text charset, Bytes& out) {
+  return facade::call(impl_, "StringToBytes", &ClsCrypt::StringToBytesX, str, charset, out);
+}
+
+std::string Crypt2::TrimEndingWith(Text str, Text ending) {
+  std::string out;
+  TrimEndingWith(str, ending, out);
+  return out;
+}
+
+bool Crypt2::TrimEndingWith(Text str, Text ending, std::string& out) {
+  return facade::call(impl_, "TrimEndingWith", &ClsCrypt::TrimEndingWithX, str, ending, out);
+}
+
+Bytes Crypt2::ReadFile(Text path) {
+  Bytes out;
+  ReadFile(path, out);
+  return out;
+}
+
+bool Crypt2::ReadFile(Text path, Bytes& out) {
+  return facade::call(impl_, "ReadFile", &ClsCrypt::ReadFileX, path, out);
+}
+
+bool Crypt2::WriteFile(Text path, ByteView data) {
+  return facade::call(impl_, "WriteFile", &ClsCrypt::WriteFileX, path, data);
 }
 
 }  // namespace Zantrel

@@ -64,6 +64,10 @@ TEST(Crypt2SurfaceTest, StoredPropertiesGiveBackWhatWasPut) {
 
 // Every method, called with empty or zero arguments.
 const std::vector<test::MethodCall<Crypt2>> kMethods = {
+    {"SetAlgorithmRijndael", [](Crypt2& object) { return object.SetAlgorithmRijndael(); }},
+    {"SetAlgorithmBlowfish", [](Crypt2& object) { return object.SetAlgorithmBlowfish(); }},
+    {"SetAlgorithmTwofish", [](Crypt2& object) { return object.SetAlgorithmTwofish(); }},
+    {"SetAlgorithmRSA", [](Crypt2& object) { return object.SetAlgorithmRSA(); }},
     {"HashBytes", [](Crypt2& object) { return !object.HashBytes(ByteView{}).empty(); }},
     {"HashBytesENC", [](Crypt2& object) { return !object.HashBytesENC(ByteView{}).empty(); }},
     {"HashString", [](Crypt2& object) { return !object.HashString("").empty(); }},
@@ -89,6 +93,20 @@ const std::vector<test::MethodCall<Crypt2>> kMethods = {
     {"CalcDigestMD5Str", [](Crypt2& object) { return !object.CalcDigestMD5Str("").empty(); }},
     {"CalcMd2Hash", [](Crypt2& object) { return !object.CalcMd2Hash(ByteView{}).empty(); }},
     {"CalcMd2HashStr", [](Crypt2& object) { return !object.CalcMd2HashStr("").empty(); }},
+    {"EncodeString", [](Crypt2& object) { return !object.EncodeString("", "", "").empty(); }},
+    {"DecodeString", [](Crypt2& object) { return !object.DecodeString("", "", "").empty(); }},
+    {"ReEncode", [](Crypt2& object) { return !object.ReEncode("", "", "").empty(); }},
+    {"Base64Encode", [](Crypt2& object) { return !object.Base64Encode("", "").empty(); }},
+    {"Base64Decode", [](Crypt2& object) { return !object.Base64Decode("", "").empty(); }},
+    {"QuotedPrintableEncode",
+     [](Crypt2& object) { return !object.QuotedPrintableEncode("", "").empty(); }},
+    {"QuotedPrintableDecode",
+     [](Crypt2& object) { return !object.QuotedPrintableDecode("", "").empty(); }},
+    {"BytesToString", [](Crypt2& object) { return !object.BytesToString(ByteView{}, "").empty(); }},
+    {"StringToBytes", [](Crypt2& object) { return !object.StringToBytes("", "").empty(); }},
+    {"TrimEndingWith", [](Crypt2& object) { return !object.TrimEndingWith("", "").empty(); }},
+    {"ReadFile", [](Crypt2& object) { return !object.ReadFile("").empty(); }},
+    {"WriteFile", [](Crypt2& object) { return object.WriteFile("", ByteView{}); }},
 };
 
 TEST(Crypt2SurfaceTest, EveryMethodLogsUnderItsOwnName) {
