@@ -22,8 +22,8 @@ struct Options {
 const std::map<std::string, int> kActions{{"fail", 0}, {"drop", 1}, {"replace", 2},
                                           {"hex", 3},  {"dec", 4},  {"alt", 5}};
 
-bool configure(Session& session, const Options& options) {
-  Zantrel::Charset& charset = session.charset();
+bool configure(Session<Zantrel::Charset>& session, const Options& options) {
+  Zantrel::Charset& charset = session.component();
   charset.put_FromCharset(options.from);
   charset.put_ToCharset(options.to);
   charset.put_ErrorAction(kActions.at(options.onError));
@@ -57,8 +57,8 @@ void obeyMark(Zantrel::Charset& charset, const Options& options, Zantrel::ByteVi
 /// Whole files go through in blocks; whatever touches a standard stream is held in memory, so that
 /// nothing comes out when the conversion fails.
 int convert(const Context& context, const Options& options) {
-  Session session(context);
-  Zantrel::Charset& charset = session.charset();
+  Session<Zantrel::Charset> session(context);
+  Zantrel::Charset& charset = session.component();
   if (!configure(session, options)) return kFailed;
   const Progress progress(charset, context);
   if (!isStandardStream(options.input) && !isStandardStream(options.output)) {

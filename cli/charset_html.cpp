@@ -15,8 +15,8 @@ struct Options {
 };
 
 int showCharset(const Context& context, const Options& options) {
-  Session session(context);
-  Zantrel::Charset& charset = session.charset();
+  Session<Zantrel::Charset> session(context);
+  Zantrel::Charset& charset = session.component();
   std::string name;
   if (isStandardStream(options.input)) {
     Zantrel::Bytes in;
@@ -34,8 +34,8 @@ int showCharset(const Context& context, const Options& options) {
 }
 
 int convert(const Context& context, const Options& options) {
-  Session session(context);
-  Zantrel::Charset& charset = session.charset();
+  Session<Zantrel::Charset> session(context);
+  Zantrel::Charset& charset = session.component();
   charset.put_FromCharset(options.from);
   charset.put_ToCharset(options.to);
   charset.put_ErrorAction(3);  // HTML has an entity for every character

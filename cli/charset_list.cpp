@@ -8,9 +8,9 @@ namespace zantrel_cli {
 namespace {
 
 int list(const Context& context, const std::string& filter) {
-  Session session(context);
+  Session<Zantrel::Charset> session(context);
   std::string names;
-  if (!session.report(session.charset().CharsetNames(names))) return kFailed;
+  if (!session.report(session.component().CharsetNames(names))) return kFailed;
   std::string out;
   std::size_t at = 0;
   for (std::size_t end; (end = names.find('\n', at)) != std::string::npos; at = end + 1) {

@@ -14,18 +14,18 @@ struct Options {
   std::vector<std::string> files{"-"};
 };
 
-bool verify(Session& session, const Context& context, const std::string& charset,
+bool verify(Session<Zantrel::Charset>& session, const Context& context, const std::string& charset,
             const std::string& file) {
   if (!isStandardStream(file)) {
-    const Progress progress(session.charset(), context);
-    return session.report(session.charset().VerifyFile(charset, file));
+    const Progress progress(session.component(), context);
+    return session.report(session.component().VerifyFile(charset, file));
   }
   Zantrel::Bytes in;
-  return session.read(file, in) && session.report(session.charset().VerifyData(charset, in));
+  return session.read(file, in) && session.report(session.component().VerifyData(charset, in));
 }
 
 int verifyAll(const Context& context, const Options& options) {
-  Session session(context);
+  Session<Zantrel::Charset> session(context);
   int status = kDone;
   for (const std::string& file : options.files) {
     const bool valid = verify(session, context, options.charset, file);

@@ -19,34 +19,34 @@ bool isOneLine(const std::string& encoding) {
 }
 
 int encode(const Context& context, const Options& options) {
-  Session session(context);
+  Streams streams(context);
   Zantrel::Bytes in;
-  if (!session.read(options.input, in)) return kFailed;
+  if (!streams.read(options.input, in)) return kFailed;
   Zantrel::ZtString text;
   if (!text.setFromBytes(in, options.encoding)) {
-    session.complain("there is not enough memory for the encoded text");
+    streams.complain("there is not enough memory for the encoded text");
     return kFailed;
   }
   std::string out;
   text.getUtf8(out);
   if (isOneLine(options.encoding)) out += '\n';
-  return session.write(options.output, Zantrel::bytesOf(out)) ? kDone : kFailed;
+  return streams.write(options.output, Zantrel::bytesOf(out)) ? kDone : kFailed;
 }
 
 int decode(const Context& context, const Options& options) {
-  Session session(context);
+  Streams streams(context);
   Zantrel::Bytes in, out;
-  if (!session.read(options.input, in)) return kFailed;
+  if (!streams.read(options.input, in)) return kFailed;
   std::string_view encoded(reinterpret_cast<const char*>(in.data()), in.size());
   if (isOneLine(options.encoding)) {
     while (encoded.ends_with('\n') || encoded.ends_with('\r')) encoded.remove_suffix(1);
   }
   Zantrel::ZtString text;
   if (!text.setFromUtf8(encoded) || !text.getBytes(options.encoding, out)) {
-    session.complain("there is not enough memory for the decoded bytes");
+    streams.complain("there is not enough memory for the decoded bytes");
     return kFailed;
   }
-  return session.write(options.output, out) ? kDone : kFailed;
+  return streams.write(options.output, out) ? kDone : kFailed;
 }
 
 void add(CLI::App& parent, Context& context, const char* name, const char* description,

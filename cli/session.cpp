@@ -9,44 +9,40 @@
 
 namespace zantrel_cli {
 
-Session::Session(const Context& context) : context_(context) {
-  charset_.put_VerboseLogging(context.verbose);
+bool Streams::read(const std::string& path, Zantrel::Bytes& out) {
+  if (isStandardStream(path)) {
+    return readStandardInput(out) || complain("standard input cannot be read, or is 4 GB or more");
+  }
+  const bool done = files_.ReadFile(path, out);
+  if (wantsLog(done)) showLog(files_.get_LastErrorText());
+  return done;
 }
 
-Session::~Session() = default;
-
-bool Session::report(bool succeeded) {
-  if (!succeeded || context_.log) showLog();
-  return succeeded;
+bool Streams::write(const std::string& path, Zantrel::ByteView content) {
+  if (isStandardStream(path)) {
+    return writeStandardOutput(content) || complain("standard output cannot be written");
+  }
+  const bool done = files_.WriteFile(path, content);
+  if (wantsLog(done)) showLog(files_.get_LastErrorText());
+  return done;
 }
 
-void Session::showLog() {
-  std::string text = charset_.get_LastErrorText();
-  std::erase(text, '\r');
-  std::fputs(text.c_str(), stderr);
-}
-
-bool Session::read(const std::string& path, Zantrel::Bytes& out) {
-  if (!isStandardStream(path)) return report(charset_.ReadFile(path, out));
-  return readStandardInput(out) || complain("standard input cannot be read, or is 4 GB or more");
-}
-
-bool Session::write(const std::string& path, Zantrel::ByteView content) {
-  if (!isStandardStream(path)) return report(charset_.WriteFile(path, content));
-  return writeStandardOutput(content) || complain("standard output cannot be written");
-}
-
-bool Session::complain(std::string_view reason) {
+bool Streams::complain(std::string_view reason) {
   std::fprintf(stderr, "zantrel: %.*s\n", static_cast<int>(reason.size()), reason.data());
   return false;
 }
 
+void Streams::showLog(std::string text) {
+  std::erase(text, '\r');
+  std::fputs(text.c_str(), stderr);
+}
+
 namespace {
 
-volatile std::sig_atomic_t interrupted = 0;
+volatile std::sig_atomic_t interruptSeen = 0;
 
 void onInterrupt(int) {
-  interrupted = 1;
+  interruptSeen = 1;
   std::signal(SIGINT, SIG_DFL);  // a second one ends the program at once
 }
 
@@ -55,24 +51,30 @@ constexpr unsigned kBarWidth = 40;
 
 }  // namespace
 
-Progress::Progress(Zantrel::Charset& charset, const Context& context)
-    : charset_(charset), wanted_(!context.noProgress && errorIsTerminal()) {
-  interrupted = 0;
+Progress::Progress(OnPercentDone& percentDone, OnAbortCheck& abortCheck, const Context& context)
+    : percentDone_(percentDone),
+      abortCheck_(abortCheck),
+      wanted_(!context.noProgress && errorIsTerminal()) {
+  interruptSeen = 0;
   std::signal(SIGINT, onInterrupt);
   const auto begin = std::chrono::steady_clock::now();
-  charset_.OnPercentDone = [this, begin](Zantrel::PercentDoneEventArgs& args) {
-    args.Abort = interrupted != 0;
+  percentDone_ = [this, begin](Zantrel::PercentDoneEventArgs& args) {
+    args.Abort = interrupted();
     // Short work is over before a bar could be read.
     if (wanted_ && std::chrono::steady_clock::now() - begin > kPatience) draw(args.PercentDone);
   };
-  charset_.OnAbortCheck = [](Zantrel::AbortCheckEventArgs& args) { args.Abort = interrupted != 0; };
+  abortCheck_ = [](Zantrel::AbortCheckEventArgs& args) { args.Abort = interrupted(); };
 }
 
 Progress::~Progress() {
-  charset_.OnPercentDone = nullptr;
-  charset_.OnAbortCheck = nullptr;
+  percentDone_ = nullptr;
+  abortCheck_ = nullptr;
   std::signal(SIGINT, SIG_DFL);
   if (shown_) std::fprintf(stderr, "\r%*s\r", static_cast<int>(kBarWidth) + 8, "");
+}
+
+bool Progress::interrupted() {
+  return interruptSeen != 0;
 }
 
 void Progress::draw(unsigned percent) {

@@ -3,6 +3,7 @@
 
 #include <zantrel/charset.h>
 
+#include <functional>
 #include <string>
 #include <string_view>
 
@@ -15,19 +16,12 @@ inline bool isStandardStream(std::string_view path) {
   return path == "-";
 }
 
-/// One component at work for a sub-command: its calls, their log and their progress.
-class Session {
+/// What a sub-command reads and writes as a whole.
+class Streams {
  public:
-  explicit Session(const Context& context);
-  ~Session();
-  Session(const Session&) = delete;
-  Session& operator=(const Session&) = delete;
-
-  Zantrel::Charset& charset() { return charset_; }
-
-  /// Passes a call's result on, with the activity log on standard error if it failed or if the user
-  /// asked for it.
-  bool report(bool succeeded);
+  explicit Streams(const Context& context) : context_(context) {}
+  Streams(const Streams&) = delete;
+  Streams& operator=(const Streams&) = delete;
 
   /// The content of a file or of standard input.
   bool read(const std::string& path, Zantrel::Bytes& out);
@@ -37,26 +31,60 @@ class Session {
   /// Says on standard error why nothing can be done; for reasons that no log tells. False.
   bool complain(std::string_view reason);
 
- private:
-  void showLog();
+ protected:
+  bool wantsLog(bool succeeded) const { return !succeeded || context_.log; }
+  static void showLog(std::string text);
 
   const Context& context_;
-  Zantrel::Charset charset_;
+
+ private:
+  Zantrel::Charset files_;
+};
+
+/// One component at work for a sub-command: its calls and their log.
+template <class Component>
+class Session final : public Streams {
+ public:
+  explicit Session(const Context& context) : Streams(context) {
+    component_.put_VerboseLogging(context.verbose);
+  }
+
+  Component& component() { return component_; }
+
+  /// Passes a call's result on, with the activity log on standard error if it failed or if the user
+  /// asked for it.
+  bool report(bool succeeded) {
+    if (wantsLog(succeeded)) showLog(component_.get_LastErrorText());
+    return succeeded;
+  }
+
+ private:
+  Component component_;
 };
 
 /// Shows a progress bar on standard error while a long call runs, if that is a terminal, and turns
 /// the first interrupt from the keyboard into an abort, so that no half-written file is left.
 class Progress {
  public:
-  Progress(Zantrel::Charset& charset, const Context& context);
+  template <class Component>
+  Progress(Component& component, const Context& context)
+      : Progress(component.OnPercentDone, component.OnAbortCheck, context) {}
   ~Progress();
   Progress(const Progress&) = delete;
   Progress& operator=(const Progress&) = delete;
 
+  /// Whether the user has interrupted the work.
+  static bool interrupted();
+
  private:
+  using OnPercentDone = std::function<void(Zantrel::PercentDoneEventArgs&)>;
+  using OnAbortCheck = std::function<void(Zantrel::AbortCheckEventArgs&)>;
+
+  Progress(OnPercentDone& percentDone, OnAbortCheck& abortCheck, const Context& context);
   void draw(unsigned percent);
 
-  Zantrel::Charset& charset_;
+  OnPercentDone& percentDone_;
+  OnAbortCheck& abortCheck_;
   bool shown_ = false;
   bool wanted_;
 };
