@@ -3,6 +3,8 @@
 #include <string_view>
 
 #include "core/charset/charset_request.h"
+#include "core/charset/code_page.h"
+#include "core/charset/encoding_convert.h"
 #include "crypt2/cls_crypt.h"
 #include "frame/text_to_charset.h"
 
@@ -11,8 +13,11 @@ namespace {
 
 bool toNamedCharset(MethodCall& call, const XString& text, const XString& charset,
                     DataBuffer& out) {
-  return textToCharset(text, CharsetRequest::parse(charset.utf8()), CharsetOrigin::Argument, out,
-                       call.log());
+  if (textToCharset(text, CharsetRequest::parse(charset.utf8()), CharsetOrigin::Argument, out,
+                    call.log()))
+    return true;
+  out.clear();
+  return false;
 }
 
 }  // namespace
@@ -24,12 +29,19 @@ bool ClsCrypt::fromCharset(MethodCall& call, ByteSpan bytes, const XString& char
     call.log().logDataStr("Charset", charset);
     return false;
   }
-  const std::string name(request.name);
-  if (!out.appendFromEncoding(bytes, name.c_str())) {
+  // From UTF-8 to UTF-8 bytes would be copied unseen.
+  const bool wide = request.codePage == codepage::kUtf8;
+  DataBuffer text;
+  const bool valid =
+      EncodingConvert().EncConvert(request.codePage, wide ? codepage::kUtf16Le : codepage::kUtf8,
+                                   bytes.data(), bytes.size(), text);
+  if (!valid) {
     call.log().logInfo("Some of the bytes are not text in the charset: U+FFFD stands for them.");
     call.log().logDataStr("Charset", charset);
   }
-  return true;
+  return wide ? out.setFromUnicode2({reinterpret_cast<const char16_t*>(text.getData2()),
+                                     text.getSize() / sizeof(char16_t)})
+              : out.setFromUtf8(text.text());
 }
 
 bool ClsCrypt::encodedAs(MethodCall& call, const XString& encoding, const DataBuffer& bytes,

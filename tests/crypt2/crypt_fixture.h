@@ -1,0 +1,67 @@
+#pragma once
+// A component of encryption and digests with plain types around it.
+
+#include <gtest/gtest.h>
+
+#include <initializer_list>
+#include <string>
+#include <string_view>
+
+#include "crypt2/cls_crypt.h"
+#include "support/test_data.h"
+
+namespace zantrel::test {
+
+inline DataBuffer bytes(std::string_view text) {
+  DataBuffer out;
+  out.append(text);
+  return out;
+}
+
+struct Crypt {
+  ClsCrypt* operator->() { return &component; }
+
+  /// What a member answers that fills a buffer or a text; the test fails unless it succeeds as
+  /// expected.
+  template <class Member, class... In>
+  std::string bytesOf(bool expected, Member member, const In&... in) {
+    DataBuffer out;
+    EXPECT_EQ((component.*member)(in..., out), expected) << log();
+    return std::string(out.text());
+  }
+  template <class Member, class... In>
+  std::string textOf(bool expected, Member member, const In&... in) {
+    XString out;
+    EXPECT_EQ((component.*member)(in..., out), expected) << log();
+    return std::string(out.utf8());
+  }
+  std::string property(void (ClsCrypt::*getter)(XString&)) {
+    XString out;
+    (component.*getter)(out);
+    return std::string(out.utf8());
+  }
+
+  void setHash(std::string_view name) { component.put_HashAlgorithm(XString(name)); }
+  std::string hash(std::string_view data) {
+    return hex(bytesOf(true, &ClsCrypt::HashBytesX, bytes(data)));
+  }
+  std::string hmac(std::string_view key, std::string_view data) {
+    EXPECT_TRUE(component.SetHmacKeyBytes(bytes(key)));
+    return hex(bytesOf(true, &ClsCrypt::HmacBytesX, bytes(data)));
+  }
+
+  std::string log() {
+    XString text;
+    component.GetTextLogX(text, false);
+    return text.getUtf8();
+  }
+  void expectLogged(std::initializer_list<std::string_view> parts) {
+    const std::string text = log();
+    for (const std::string_view part : parts)
+      EXPECT_NE(text.find(part), std::string::npos) << "no \"" << part << "\" in\n" << text;
+  }
+
+  ClsCrypt component;
+};
+
+}  // namespace zantrel::test
