@@ -1,6 +1,7 @@
 // Any bytes from any code page to any other. The first four bytes choose the pages, the error
 // action and the size of the pieces. Checked: pieces give the same as one piece, the whole-buffer
-// conversion the same as the stream, and what a page can write it reads back.
+// conversion the same as the stream, what a page can write it reads back, and codes of 932 come
+// unchanged through ISO-2022-JP.
 
 #include <algorithm>
 #include <cstdint>
@@ -58,6 +59,15 @@ void checkWayBack(int page, const std::string& text) {
   require(mark || back.bytes == text);
 }
 
+/// Codes of 932 that ISO-2022-JP can write (no lead byte above EF) stay what they are.
+void checkCodesOfShiftJis(ByteSpan in) {
+  if (std::any_of(in.begin(), in.end(), [](std::uint8_t byte) { return byte > 0xEF; })) return;
+  const Result there = convert(codepage::kShiftJis, 50221, in, in.size(), {});
+  if (there.invalid + there.unmappable > 0) return;
+  const Result back = convert(50221, codepage::kShiftJis, asBytes(there.bytes), 5, {});
+  require(back.bytes == asText(in));
+}
+
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
@@ -71,6 +81,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
                                pages[(data[3] / 7) % pages.size()].id};
   const ByteSpan in(data + 4, size - 4);
   if (in.empty()) return 0;
+  checkCodesOfShiftJis(in);
 
   const Result whole = convert(from, to, in, in.size(), options);
   require(same(convert(from, to, in, piece, options), whole, from));

@@ -221,7 +221,7 @@ def write_double(folder, pages):
         bodies += '}  // namespace\n'
         bodies += (f'const DoubleByteTable {name}::table = '
                    f'{{{f"kSingles{name}" if has_singles else "nullptr"}, kRows{name}, '
-                   f'{str(ascii_low).lower()}, '
+                   f'kDoubleByteCells, {str(ascii_low).lower()}, '
                    f'{f"kPreferred{name}" if preferred else "{}"}}};\n')
         size += 512 * has_singles + 8 * 256 + 2 * len(preferred)
     header = HEAD.format(sources='as in double_byte_tables.cpp') + '#pragma once\n\n'

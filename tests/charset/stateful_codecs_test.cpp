@@ -112,6 +112,94 @@ TEST(Iso2022JpTest, WritesIbmExtensionsInTheNecRows) {
   EXPECT_EQ(convert(932, 50220, "\xFA\x5C").bytes, "\x1B$By!\x1B(B");
 }
 
+/// A code of 932 and where ISO-2022-JP has it, by their common number: both fill 94 rows of 94.
+struct NumberedCode {
+  explicit NumberedCode(unsigned number)
+      : shiftJis{static_cast<char>(number / 188 + (number / 188 < 31 ? 0x81 : 0xC1)),
+                 static_cast<char>(number % 188 + (number % 188 < 63 ? 0x40 : 0x41))},
+        escaped("\x1B$B" +
+                std::string{static_cast<char>(number / 94 + 0x21),
+                            static_cast<char>(number % 94 + 0x21)} +
+                "\x1B(B") {}
+  std::string shiftJis;
+  std::string escaped;
+};
+
+TEST(Iso2022JpTest, EveryCodeOf932KeepsItsPlaceEvenWhereItsCharacterHasSeveral) {
+  unsigned count = 0;
+  for (unsigned number = 0; number < 94 * 94; ++number) {
+    const NumberedCode code(number);
+    const bool isDefined = convert(932, 1200, code.shiftJis).ok;
+    count += isDefined;
+    for (const int page : {50220, 50221, 50222}) {
+      const Converted there = convert(932, page, code.shiftJis);
+      const Converted back = convert(page, 932, code.escaped);
+      EXPECT_EQ(there.ok, isDefined) << hex(code.shiftJis);
+      EXPECT_EQ(back.ok, isDefined) << hex(code.shiftJis);
+      if (!isDefined) continue;
+      EXPECT_EQ(hex(there.bytes), hex(code.escaped)) << page;
+      EXPECT_EQ(hex(back.bytes), hex(code.shiftJis)) << page;
+      EXPECT_EQ(convert(page, page == 50222 ? 50221 : 50222, code.escaped).bytes, code.escaped);
+    }
+  }
+  EXPECT_EQ(count, 6879u + 83u + 374u);  // JIS X 0208, row 13, rows 89 to 92
+}
+
+TEST(Iso2022JpTest, IbmExtensionsBehindRow94MoveToAnotherCodeOfTheirCharacter) {
+  unsigned count = 0;
+  for (unsigned code = 0xFA40; code <= 0xFC4B; ++code) {
+    const std::string bytes{static_cast<char>(code >> 8), static_cast<char>(code & 0xFF)};
+    const Converted character = convert(932, 1200, bytes);
+    if (!character.ok) continue;
+    ++count;
+    const Converted there = convert(932, 50221, bytes);
+    EXPECT_TRUE(there.ok) << hex(bytes);
+    EXPECT_EQ(convert(50221, 1200, there.bytes).bytes, character.bytes) << hex(bytes);
+    EXPECT_EQ(convert(1200, 50221, character.bytes).bytes, there.bytes) << hex(bytes);
+  }
+  EXPECT_EQ(count, 388u);
+}
+
+TEST(Iso2022JpTest, TroubleAmongPagesThatKeepCodesApartIsTreatedAsElsewhere) {
+  // Row 13 and row 2, a user-defined character, an empty cell.
+  const std::string in = "\x87\x90\x81\xE0\xF0\x40\x85\x40";
+  struct Case {
+    ConvertOptions options;
+    const char* bytes;
+  };
+  const Case cases[] = {
+      {{ErrorAction::Substitute, {}, 0}, "\x1B$B-p\"b\x1B(B??@"},
+      {{ErrorAction::Drop, {}, 0}, "\x1B$B-p\"b\x1B(B@"},
+      {{ErrorAction::DefaultBytes, asBytes("\x87\x90"), 0}, "\x1B$B-p\"b-p-p\x1B(B@"},
+      {{ErrorAction::HexEntity, {}, 0}, "\x1B$B-p\"b\x1B(B&#xE000;?@"},
+      {{ErrorAction::AltCharset, {}, 65001}, "\x1B$B-p\"b\x1B(B\xEE\x80\x80?@"},
+      {{ErrorAction::Fail, {}, 0}, "\x1B$B-p\"b\x1B(B"},
+  };
+  for (const Case& c : cases)
+    for (std::size_t piece = 1; piece < 9; ++piece) {
+      const Streamed result = convertInPieces(932, 50220, in, piece, c.options);
+      EXPECT_EQ(result.bytes, c.bytes) << static_cast<int>(c.options.action);
+      EXPECT_EQ(result.firstError, 4u);
+    }
+  // Surrogates without partner are no such codes when they come from outside.
+  EXPECT_EQ(convert(1200, 50220, "\0\xD8"s).bytes, "?");
+  EXPECT_EQ(convert(50220, 932, "\x1B$(D0!\x1B(B").bytes, "?");  // JIS X 0212, which 932 lacks
+}
+
+TEST(Iso2022KrTest, EveryCodeOf949InItsSetKeepsItsPlace) {
+  for (unsigned row = 0x21; row <= 0x7E; ++row)
+    for (unsigned column = 0x21; column <= 0x7E; ++column) {
+      const std::string bytes{static_cast<char>(row | 0x80), static_cast<char>(column | 0x80)};
+      const std::string escaped =
+          "\x1B$)C\x0E" + std::string{static_cast<char>(row), static_cast<char>(column)} + "\x0F";
+      const bool isDefined = convert(949, 1200, bytes).ok;
+      EXPECT_EQ(convert(949, 50225, bytes).ok, isDefined);
+      if (!isDefined) continue;
+      EXPECT_EQ(hex(convert(949, 50225, bytes).bytes), hex(escaped));
+      EXPECT_EQ(hex(convert(50225, 949, escaped).bytes), hex(bytes));
+    }
+}
+
 TEST(Iso2022JpTest, RomanIsReadAsAsciiDeliberately) {
   EXPECT_EQ(convert(50220, 65001, "\x1B(J\\~\x1B(B").bytes, "\\~");
 }

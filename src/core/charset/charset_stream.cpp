@@ -97,8 +97,10 @@ struct CharsetStream::Impl {
       mode = Mode::Copy;
       return;
     }
-    const CodePage* source = findCodePage(from);
-    const CodePage* target = findCodePage(to);
+    const bool apart = findDistinctCodePage(from) != nullptr && findDistinctCodePage(to) != nullptr;
+    rowOf = apart ? findDistinctCodePage : findCodePage;
+    source = rowOf(from);
+    const CodePage* target = rowOf(to);
     if (source == nullptr || target == nullptr) return;
     marks = marksOf(from);
     markPending = marks.length > 0;
@@ -146,6 +148,8 @@ struct CharsetStream::Impl {
   const int altCodePage;
   const std::vector<std::uint8_t> defaultBytes;
   Mode mode = Mode::None;
+  const CodePage* (*rowOf)(int) noexcept = findCodePage;  // or of pages that keep codes apart
+  const CodePage* source = nullptr;
   Marks marks;
   bool markPending = false;
   bool unitsOut = false;
@@ -392,7 +396,6 @@ bool CharsetStream::Impl::encodeUnits(std::span<const char16_t> units, bool last
 std::uint64_t CharsetStream::Impl::offsetOfUnit(std::size_t index) const {
   if (blockIsInput) return blockOffset + 2 * index;
   if (index < blockKept) return blockOffset;
-  const CodePage* source = findCodePage(from);
   const DecoderPtr fresh = blockDecoder != nullptr ? nullptr : source->makeDecoder();
   Decoder& again = fresh != nullptr ? *fresh : *blockDecoder;
   std::vector<char16_t> scratch(index - blockKept);
@@ -466,7 +469,7 @@ bool CharsetStream::Impl::writeRaw(ByteSpan bytes, DataBuffer& out) {
 bool CharsetStream::Impl::writeDefaultBytes(DataBuffer& out) {
   const int between = defaultBytesCodePage(to);
   if (between == to) return writeRaw(defaultBytes, out);
-  const CodePage* page = findCodePage(between);
+  const CodePage* page = rowOf(between);
   if (page == nullptr) return false;
   const DecoderPtr reader = page->makeDecoder();
   std::vector<char16_t> text(defaultBytes.size() + 1);

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <iterator>
 
+#include "core/charset/distinct_932.h"
 #include "core/charset/double_byte.h"
 #include "core/charset/ebcdic_mixed.h"
 #include "core/charset/euc_jp.h"
@@ -32,6 +33,12 @@ template <class Page>
 constexpr CodePage pair(int id) {
   return {id, [] { return makeDoubleByteDecoder(Page::table); },
           [] { return makeDoubleByteEncoder(reverseOf<Page>()); }};
+}
+
+template <KanaForm kForm, Duplicates kDuplicates = Duplicates::Merged>
+constexpr CodePage iso2022Jp(int id) {
+  return {id, [] { return makeIso2022JpDecoder(kDuplicates); },
+          [] { return makeIso2022JpEncoder(kForm, kDuplicates); }};
 }
 
 // One row a page, by rising number. A family's codecs stand in their own files; here is only who
@@ -76,9 +83,8 @@ constexpr CodePage kPages[] = {
     single<kPage28596>(28596), single<kPage28597>(28597), single<kPage28598>(28598),
     single<kPage28599>(28599), single<kPage28603>(28603), single<kPage28605>(28605),
     single<kPage29001>(29001), single<kPage38598>(38598), single<kPage50000>(50000),
-    {50220, makeIso2022JpDecoder, makeIso2022JpEncoder50220},
-    {50221, makeIso2022JpDecoder, makeIso2022JpEncoder50221},
-    {50222, makeIso2022JpDecoder, makeIso2022JpEncoder50222},
+    iso2022Jp<KanaForm::FullWidth>(50220), iso2022Jp<KanaForm::Escape>(50221),
+    iso2022Jp<KanaForm::Shift>(50222),
     {50225, makeIso2022KrDecoder, makeIso2022KrEncoder},
     {50227, makeIso2022CnDecoder, makeIso2022CnEncoder},
     {50930, makeEbcdicDecoder50930, makeEbcdicEncoder50930},
@@ -109,6 +115,14 @@ constexpr CodePage kPages[] = {
 };
 // clang-format on
 
+constexpr CodePage kDistinctPages[] = {
+    {932, [] { return makeDoubleByteDecoder(distinct932()); },
+     [] { return makeDoubleByteEncoder(distinct932Reverse()); }},
+    iso2022Jp<KanaForm::FullWidth, Duplicates::Apart>(50220),
+    iso2022Jp<KanaForm::Escape, Duplicates::Apart>(50221),
+    iso2022Jp<KanaForm::Shift, Duplicates::Apart>(50222),
+};
+
 constexpr bool byId(const CodePage& a, const CodePage& b) {
   return a.id < b.id;
 }
@@ -120,6 +134,12 @@ const CodePage* findCodePage(int id) noexcept {
   const auto row =
       std::lower_bound(std::begin(kPages), std::end(kPages), CodePage{id, {}, {}}, byId);
   return row != std::end(kPages) && row->id == id ? row : nullptr;
+}
+
+const CodePage* findDistinctCodePage(int id) noexcept {
+  const auto row = std::find_if(std::begin(kDistinctPages), std::end(kDistinctPages),
+                                [id](const CodePage& page) { return page.id == id; });
+  return row != std::end(kDistinctPages) ? row : nullptr;
 }
 
 std::span<const CodePage> allCodePages() noexcept {

@@ -39,7 +39,11 @@ struct CodePage {
 /// The row of a code page, or null when the library has no table for it.
 const CodePage* findCodePage(int id) noexcept;
 
-/// All rows, by rising number.
+/// The row of 932 or of an ISO-2022-JP page for conversions among these, in which codes that share
+/// a character keep apart (distinct_932.h); null for any other page.
+const CodePage* findDistinctCodePage(int id) noexcept;
+
+/// All rows of findCodePage(), by rising number.
 std::span<const CodePage> allCodePages() noexcept;
 
 }  // namespace zantrel

@@ -47,7 +47,7 @@ void deriveReverse(const DoubleByteTable& table, std::span<std::uint16_t> cells,
   for (unsigned lead = 0; lead < 0x100; ++lead) {
     const DoubleByteRow& row = table.rows[lead];
     for (unsigned k = 0; k < row.count; ++k) {
-      offer(tables::kDoubleByteCells[row.offset + k], lead << 8 | (row.first + k));
+      offer(table.cells[row.offset + k], lead << 8 | (row.first + k));
     }
   }
   for (const std::uint16_t code : table.preferred) {

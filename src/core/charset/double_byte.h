@@ -18,7 +18,7 @@ extern const char16_t kDoubleByteCells[];
 }
 
 struct DoubleByteRow {
-  std::uint32_t offset;  ///< of the row's first cell in the pool
+  std::uint32_t offset;  ///< of the row's first cell among the cells
   std::uint8_t first;    ///< trail byte of that cell
   std::uint8_t count;    ///< 0: the byte is no lead byte
 };
@@ -26,6 +26,7 @@ struct DoubleByteRow {
 struct DoubleByteTable {
   const char16_t* single;     ///< 256 characters of single bytes; null when there are none
   const DoubleByteRow* rows;  ///< 256, by lead byte
+  const char16_t* cells;      ///< characters of the pairs
   bool asciiLow;              ///< the bytes below 80 are ASCII (all pages but T.61)
   std::span<const std::uint16_t> preferred;  ///< codes to write although a lower one reads the same
 
@@ -33,7 +34,7 @@ struct DoubleByteTable {
   char16_t character(std::uint8_t lead, std::uint8_t trail) const noexcept {
     const DoubleByteRow& row = rows[lead];
     const unsigned cell = static_cast<unsigned>(trail) - row.first;
-    return cell < row.count ? tables::kDoubleByteCells[row.offset + cell] : kUndefined;
+    return cell < row.count ? cells[row.offset + cell] : kUndefined;
   }
 };
 

@@ -65,7 +65,7 @@ class DoubleByteDecoder final : public Decoder {
   void decodePairs(const std::uint8_t*& in, const std::uint8_t* end, char16_t*& out,
                    const char16_t* outEnd) const noexcept {
     const DoubleByteRow* const rows = table_.rows;
-    const char16_t* const cells = tables::kDoubleByteCells;
+    const char16_t* const cells = table_.cells;
     const unsigned firstBeyondAscii = table_.asciiLow ? 0x80 : 0;
     const std::uint8_t* p = in;
     char16_t* o = out;

@@ -1,7 +1,8 @@
 #pragma once
 // Recognising escape sequences in ISO-2022 text.
 
-#include <cstdint>
+#include <algorithm>
+#include <cstddef>
 #include <span>
 #include <string_view>
 
@@ -22,8 +23,11 @@ const EscapeSequence<Meaning>* findEscape(std::span<const EscapeSequence<Meaning
   partial = false;
   const std::string_view text = asText(in.subspan(1));
   for (const EscapeSequence<Meaning>& sequence : known) {
-    if (text.substr(0, sequence.bytes.size()) == sequence.bytes) return &sequence;
-    partial = partial || sequence.bytes.substr(0, text.size()) == text;
+    const std::size_t most = std::min(text.size(), sequence.bytes.size());
+    std::size_t same = 0;
+    while (same < most && text[same] == sequence.bytes[same]) ++same;
+    if (same == sequence.bytes.size()) return &sequence;
+    partial = partial || same == text.size();
   }
   return nullptr;
 }

@@ -2,14 +2,23 @@
 // The seven-bit encodings of East Asia: ISO-2022-JP in its three numbers, ISO-2022-KR, ISO-2022-CN
 // and HZ.
 
+#include <cstdint>
+
 #include "core/charset/codec.h"
 
 namespace zantrel {
 
-DecoderPtr makeIso2022JpDecoder();
-EncoderPtr makeIso2022JpEncoder50220();
-EncoderPtr makeIso2022JpEncoder50221();
-EncoderPtr makeIso2022JpEncoder50222();
+/// What becomes of codes of 932 that stand for the same character.
+enum class Duplicates : std::uint8_t {
+  Merged,  ///< each is read as that character, which is written as one of them
+  Apart,   ///< they keep apart, between codecs of this kind only (distinct_932.h)
+};
+
+/// How half-width kana are written.
+enum class KanaForm : std::uint8_t { FullWidth, Escape, Shift };
+
+DecoderPtr makeIso2022JpDecoder(Duplicates duplicates);
+EncoderPtr makeIso2022JpEncoder(KanaForm form, Duplicates duplicates);
 
 DecoderPtr makeIso2022KrDecoder();
 EncoderPtr makeIso2022KrEncoder();

@@ -106,7 +106,7 @@ const std::uint16_t kPreferredPage932[] = {
     0xFA48, 0xFA49, 0xFA55, 0xFA56, 0xFA57,
 };
 }  // namespace
-const DoubleByteTable Page932::table = {kSinglesPage932, kRowsPage932, true, kPreferredPage932};
+const DoubleByteTable Page932::table = {kSinglesPage932, kRowsPage932, kDoubleByteCells, true, kPreferredPage932};
 
 namespace {
 const char16_t kSinglesPage936[256] = {
@@ -182,7 +182,7 @@ const DoubleByteRow kRowsPage936[256] = {
     {},
 };
 }  // namespace
-const DoubleByteTable Page936::table = {kSinglesPage936, kRowsPage936, true, {}};
+const DoubleByteTable Page936::table = {kSinglesPage936, kRowsPage936, kDoubleByteCells, true, {}};
 
 namespace {
 const char16_t kSinglesPage949[256] = {
@@ -258,7 +258,7 @@ const DoubleByteRow kRowsPage949[256] = {
     {},
 };
 }  // namespace
-const DoubleByteTable Page949::table = {kSinglesPage949, kRowsPage949, true, {}};
+const DoubleByteTable Page949::table = {kSinglesPage949, kRowsPage949, kDoubleByteCells, true, {}};
 
 namespace {
 const char16_t kSinglesPage950[256] = {
@@ -337,7 +337,7 @@ const std::uint16_t kPreferredPage950[] = {
     0xF9F9, 0xF9E9, 0xF9EA, 0xF9EB, 0xA451, 0xA4CA,
 };
 }  // namespace
-const DoubleByteTable Page950::table = {kSinglesPage950, kRowsPage950, true, kPreferredPage950};
+const DoubleByteTable Page950::table = {kSinglesPage950, kRowsPage950, kDoubleByteCells, true, kPreferredPage950};
 
 namespace {
 const char16_t kSinglesPage1361[256] = {
@@ -413,7 +413,7 @@ const DoubleByteRow kRowsPage1361[256] = {
     {},
 };
 }  // namespace
-const DoubleByteTable Page1361::table = {kSinglesPage1361, kRowsPage1361, true, {}};
+const DoubleByteTable Page1361::table = {kSinglesPage1361, kRowsPage1361, kDoubleByteCells, true, {}};
 
 namespace {
 const char16_t kSinglesPage10001[256] = {
@@ -489,7 +489,7 @@ const DoubleByteRow kRowsPage10001[256] = {
     {},
 };
 }  // namespace
-const DoubleByteTable Page10001::table = {kSinglesPage10001, kRowsPage10001, true, {}};
+const DoubleByteTable Page10001::table = {kSinglesPage10001, kRowsPage10001, kDoubleByteCells, true, {}};
 
 namespace {
 const char16_t kSinglesPage10002[256] = {
@@ -565,7 +565,7 @@ const DoubleByteRow kRowsPage10002[256] = {
     {},
 };
 }  // namespace
-const DoubleByteTable Page10002::table = {kSinglesPage10002, kRowsPage10002, true, {}};
+const DoubleByteTable Page10002::table = {kSinglesPage10002, kRowsPage10002, kDoubleByteCells, true, {}};
 
 namespace {
 const char16_t kSinglesPage10003[256] = {
@@ -641,7 +641,7 @@ const DoubleByteRow kRowsPage10003[256] = {
     {},
 };
 }  // namespace
-const DoubleByteTable Page10003::table = {kSinglesPage10003, kRowsPage10003, true, {}};
+const DoubleByteTable Page10003::table = {kSinglesPage10003, kRowsPage10003, kDoubleByteCells, true, {}};
 
 namespace {
 const char16_t kSinglesPage10008[256] = {
@@ -717,7 +717,7 @@ const DoubleByteRow kRowsPage10008[256] = {
     {},
 };
 }  // namespace
-const DoubleByteTable Page10008::table = {kSinglesPage10008, kRowsPage10008, true, {}};
+const DoubleByteTable Page10008::table = {kSinglesPage10008, kRowsPage10008, kDoubleByteCells, true, {}};
 
 namespace {
 const char16_t kSinglesPage20000[256] = {
@@ -793,7 +793,7 @@ const DoubleByteRow kRowsPage20000[256] = {
     {},
 };
 }  // namespace
-const DoubleByteTable Page20000::table = {kSinglesPage20000, kRowsPage20000, true, {}};
+const DoubleByteTable Page20000::table = {kSinglesPage20000, kRowsPage20000, kDoubleByteCells, true, {}};
 
 namespace {
 const char16_t kSinglesPage20001[256] = {
@@ -869,7 +869,7 @@ const DoubleByteRow kRowsPage20001[256] = {
     {},
 };
 }  // namespace
-const DoubleByteTable Page20001::table = {kSinglesPage20001, kRowsPage20001, true, {}};
+const DoubleByteTable Page20001::table = {kSinglesPage20001, kRowsPage20001, kDoubleByteCells, true, {}};
 
 namespace {
 const char16_t kSinglesPage20002[256] = {
@@ -945,7 +945,7 @@ const DoubleByteRow kRowsPage20002[256] = {
     {},
 };
 }  // namespace
-const DoubleByteTable Page20002::table = {kSinglesPage20002, kRowsPage20002, true, {}};
+const DoubleByteTable Page20002::table = {kSinglesPage20002, kRowsPage20002, kDoubleByteCells, true, {}};
 
 namespace {
 const char16_t kSinglesPage20003[256] = {
@@ -1021,7 +1021,7 @@ const DoubleByteRow kRowsPage20003[256] = {
     {},
 };
 }  // namespace
-const DoubleByteTable Page20003::table = {kSinglesPage20003, kRowsPage20003, true, {}};
+const DoubleByteTable Page20003::table = {kSinglesPage20003, kRowsPage20003, kDoubleByteCells, true, {}};
 
 namespace {
 const char16_t kSinglesPage20004[256] = {
@@ -1097,7 +1097,7 @@ const DoubleByteRow kRowsPage20004[256] = {
     {},
 };
 }  // namespace
-const DoubleByteTable Page20004::table = {kSinglesPage20004, kRowsPage20004, true, {}};
+const DoubleByteTable Page20004::table = {kSinglesPage20004, kRowsPage20004, kDoubleByteCells, true, {}};
 
 namespace {
 const char16_t kSinglesPage20005[256] = {
@@ -1173,7 +1173,7 @@ const DoubleByteRow kRowsPage20005[256] = {
     {},
 };
 }  // namespace
-const DoubleByteTable Page20005::table = {kSinglesPage20005, kRowsPage20005, true, {}};
+const DoubleByteTable Page20005::table = {kSinglesPage20005, kRowsPage20005, kDoubleByteCells, true, {}};
 
 namespace {
 const char16_t kSinglesPage20261[256] = {
@@ -1249,7 +1249,7 @@ const DoubleByteRow kRowsPage20261[256] = {
     {},
 };
 }  // namespace
-const DoubleByteTable Page20261::table = {kSinglesPage20261, kRowsPage20261, false, {}};
+const DoubleByteTable Page20261::table = {kSinglesPage20261, kRowsPage20261, kDoubleByteCells, false, {}};
 
 namespace {
 const char16_t kSinglesPage20932[256] = {
@@ -1325,7 +1325,7 @@ const DoubleByteRow kRowsPage20932[256] = {
     {},
 };
 }  // namespace
-const DoubleByteTable Page20932::table = {kSinglesPage20932, kRowsPage20932, true, {}};
+const DoubleByteTable Page20932::table = {kSinglesPage20932, kRowsPage20932, kDoubleByteCells, true, {}};
 
 namespace {
 const char16_t kSinglesPage20936[256] = {
@@ -1401,7 +1401,7 @@ const DoubleByteRow kRowsPage20936[256] = {
     {},
 };
 }  // namespace
-const DoubleByteTable Page20936::table = {kSinglesPage20936, kRowsPage20936, true, {}};
+const DoubleByteTable Page20936::table = {kSinglesPage20936, kRowsPage20936, kDoubleByteCells, true, {}};
 
 namespace {
 const char16_t kSinglesPage20949[256] = {
@@ -1477,7 +1477,7 @@ const DoubleByteRow kRowsPage20949[256] = {
     {},
 };
 }  // namespace
-const DoubleByteTable Page20949::table = {kSinglesPage20949, kRowsPage20949, true, {}};
+const DoubleByteTable Page20949::table = {kSinglesPage20949, kRowsPage20949, kDoubleByteCells, true, {}};
 
 namespace {
 const char16_t kSinglesPage51932[256] = {
@@ -1553,7 +1553,7 @@ const DoubleByteRow kRowsPage51932[256] = {
     {},
 };
 }  // namespace
-const DoubleByteTable Page51932::table = {kSinglesPage51932, kRowsPage51932, true, {}};
+const DoubleByteTable Page51932::table = {kSinglesPage51932, kRowsPage51932, kDoubleByteCells, true, {}};
 
 namespace {
 const char16_t kSinglesPage54936[256] = {
@@ -1629,7 +1629,7 @@ const DoubleByteRow kRowsPage54936[256] = {
     {},
 };
 }  // namespace
-const DoubleByteTable Page54936::table = {kSinglesPage54936, kRowsPage54936, true, {}};
+const DoubleByteTable Page54936::table = {kSinglesPage54936, kRowsPage54936, kDoubleByteCells, true, {}};
 
 namespace {
 const DoubleByteRow kRowsEbcdicJapanese[256] = {
@@ -1687,7 +1687,7 @@ const DoubleByteRow kRowsEbcdicJapanese[256] = {
     {},
 };
 }  // namespace
-const DoubleByteTable EbcdicJapanese::table = {nullptr, kRowsEbcdicJapanese, false, {}};
+const DoubleByteTable EbcdicJapanese::table = {nullptr, kRowsEbcdicJapanese, kDoubleByteCells, false, {}};
 
 namespace {
 const DoubleByteRow kRowsEbcdicKorean[256] = {
@@ -1745,7 +1745,7 @@ const DoubleByteRow kRowsEbcdicKorean[256] = {
     {},
 };
 }  // namespace
-const DoubleByteTable EbcdicKorean::table = {nullptr, kRowsEbcdicKorean, false, {}};
+const DoubleByteTable EbcdicKorean::table = {nullptr, kRowsEbcdicKorean, kDoubleByteCells, false, {}};
 
 namespace {
 const DoubleByteRow kRowsEbcdicChinese[256] = {
@@ -1803,7 +1803,7 @@ const DoubleByteRow kRowsEbcdicChinese[256] = {
     {},
 };
 }  // namespace
-const DoubleByteTable EbcdicChinese::table = {nullptr, kRowsEbcdicChinese, false, {}};
+const DoubleByteTable EbcdicChinese::table = {nullptr, kRowsEbcdicChinese, kDoubleByteCells, false, {}};
 
 namespace {
 const DoubleByteRow kRowsEbcdicTaiwanese[256] = {
@@ -1875,7 +1875,7 @@ const std::uint16_t kPreferredEbcdicTaiwanese[] = {
     0x5BA8, 0x7976, 0x7CF6, 0x5DEE, 0x5DEF, 0x5DF0, 0x5FFA, 0x5FFB, 0x624F, 0x63BD, 0x63BE, 0x8963,
 };
 }  // namespace
-const DoubleByteTable EbcdicTaiwanese::table = {nullptr, kRowsEbcdicTaiwanese, false, kPreferredEbcdicTaiwanese};
+const DoubleByteTable EbcdicTaiwanese::table = {nullptr, kRowsEbcdicTaiwanese, kDoubleByteCells, false, kPreferredEbcdicTaiwanese};
 
 namespace {
 const char16_t kSinglesPage51950[256] = {
@@ -1951,7 +1951,7 @@ const DoubleByteRow kRowsPage51950[256] = {
     {},
 };
 }  // namespace
-const DoubleByteTable Page51950::table = {kSinglesPage51950, kRowsPage51950, true, {}};
+const DoubleByteTable Page51950::table = {kSinglesPage51950, kRowsPage51950, kDoubleByteCells, true, {}};
 
 namespace {
 const DoubleByteRow kRowsCnsPlane2[256] = {
@@ -2009,7 +2009,7 @@ const DoubleByteRow kRowsCnsPlane2[256] = {
     {},
 };
 }  // namespace
-const DoubleByteTable CnsPlane2::table = {nullptr, kRowsCnsPlane2, false, {}};
+const DoubleByteTable CnsPlane2::table = {nullptr, kRowsCnsPlane2, kDoubleByteCells, false, {}};
 
 namespace {
 const DoubleByteRow kRowsCnsPlane3[256] = {
@@ -2067,7 +2067,7 @@ const DoubleByteRow kRowsCnsPlane3[256] = {
     {},
 };
 }  // namespace
-const DoubleByteTable CnsPlane3::table = {nullptr, kRowsCnsPlane3, false, {}};
+const DoubleByteTable CnsPlane3::table = {nullptr, kRowsCnsPlane3, kDoubleByteCells, false, {}};
 
 namespace {
 const DoubleByteRow kRowsCnsPlane4[256] = {
@@ -2125,7 +2125,7 @@ const DoubleByteRow kRowsCnsPlane4[256] = {
     {},
 };
 }  // namespace
-const DoubleByteTable CnsPlane4::table = {nullptr, kRowsCnsPlane4, false, {}};
+const DoubleByteTable CnsPlane4::table = {nullptr, kRowsCnsPlane4, kDoubleByteCells, false, {}};
 
 namespace {
 const DoubleByteRow kRowsCnsPlane5[256] = {
@@ -2183,7 +2183,7 @@ const DoubleByteRow kRowsCnsPlane5[256] = {
     {},
 };
 }  // namespace
-const DoubleByteTable CnsPlane5::table = {nullptr, kRowsCnsPlane5, false, {}};
+const DoubleByteTable CnsPlane5::table = {nullptr, kRowsCnsPlane5, kDoubleByteCells, false, {}};
 
 namespace {
 const DoubleByteRow kRowsCnsPlane6[256] = {
@@ -2241,7 +2241,7 @@ const DoubleByteRow kRowsCnsPlane6[256] = {
     {},
 };
 }  // namespace
-const DoubleByteTable CnsPlane6::table = {nullptr, kRowsCnsPlane6, false, {}};
+const DoubleByteTable CnsPlane6::table = {nullptr, kRowsCnsPlane6, kDoubleByteCells, false, {}};
 
 namespace {
 const DoubleByteRow kRowsCnsPlane7[256] = {
@@ -2299,7 +2299,7 @@ const DoubleByteRow kRowsCnsPlane7[256] = {
     {},
 };
 }  // namespace
-const DoubleByteTable CnsPlane7::table = {nullptr, kRowsCnsPlane7, false, {}};
+const DoubleByteTable CnsPlane7::table = {nullptr, kRowsCnsPlane7, kDoubleByteCells, false, {}};
 
 namespace {
 const DoubleByteRow kRowsCnsPlane15[256] = {
@@ -2357,6 +2357,6 @@ const DoubleByteRow kRowsCnsPlane15[256] = {
     {},
 };
 }  // namespace
-const DoubleByteTable CnsPlane15::table = {nullptr, kRowsCnsPlane15, false, {}};
+const DoubleByteTable CnsPlane15::table = {nullptr, kRowsCnsPlane15, kDoubleByteCells, false, {}};
 
 }  // namespace zantrel::tables
