@@ -199,6 +199,167 @@ class ZANTREL_API Crypt2 final {
   int get_IterationCount() const;
   void put_IterationCount(int value);
 
+  // Encryption
+
+  /// Encrypts bytes with CryptAlgorithm, SecretKey and the other settings. Nothing becomes nothing,
+  /// without padding. Fails without a key, and with "pki", which needs a certificate.
+  Bytes Encrypt(ByteView data);
+  /// The same into the caller's variable, whose capacity is reused; false on failure.
+  bool Encrypt(ByteView data, Bytes& out);
+
+  /// The same as Encrypt.
+  Bytes EncryptBytes(ByteView data);
+  /// The same into the caller's variable, whose capacity is reused; false on failure.
+  bool EncryptBytes(ByteView data, Bytes& out);
+
+  /// Encrypts bytes; the result is text in EncodingMode.
+  std::string EncryptBytesENC(ByteView data);
+  /// The same into the caller's variable, whose capacity is reused; false on failure.
+  bool EncryptBytesENC(ByteView data, std::string& out);
+
+  /// Encrypts a text's bytes in Charset. Fails when Charset is unknown or lacks a character.
+  Bytes EncryptString(Text str);
+  /// The same into the caller's variable, whose capacity is reused; false on failure.
+  bool EncryptString(Text str, Bytes& out);
+
+  /// Encrypts a text's bytes in Charset; the result is text in EncodingMode. Fails when Charset is
+  /// unknown or lacks a character.
+  std::string EncryptStringENC(Text str);
+  /// The same into the caller's variable, whose capacity is reused; false on failure.
+  bool EncryptStringENC(Text str, std::string& out);
+
+  /// Encrypts the bytes that a text in EncodingMode encodes; the result is text in EncodingMode.
+  std::string EncryptEncoded(Text encoded);
+  /// The same into the caller's variable, whose capacity is reused; false on failure.
+  bool EncryptEncoded(Text encoded, std::string& out);
+
+  /// Decrypts bytes with CryptAlgorithm, SecretKey and the other settings. Fails when the data is
+  /// not a whole number of blocks. Neither a wrong key nor changed data is noticed: what comes back
+  /// is then meaningless, so add an authentication code where that matters. The last byte alone
+  /// says how much padding of schemes 0 and 1 is taken off.
+  Bytes Decrypt(ByteView data);
+  /// The same into the caller's variable, whose capacity is reused; false on failure.
+  bool Decrypt(ByteView data, Bytes& out);
+
+  /// Decrypts the bytes that a text in EncodingMode encodes.
+  Bytes DecryptBytesENC(Text encoded);
+  /// The same into the caller's variable, whose capacity is reused; false on failure.
+  bool DecryptBytesENC(Text encoded, Bytes& out);
+
+  /// Decrypts bytes and takes the result as text in Charset. U+FFFD stands for what is not valid in
+  /// it. Fails when Charset is unknown. A text that was encrypted in pieces may be cut within a
+  /// character: decrypt it with Decrypt.
+  std::string DecryptString(ByteView data);
+  /// The same into the caller's variable, whose capacity is reused; false on failure.
+  bool DecryptString(ByteView data, std::string& out);
+
+  /// The same as DecryptString.
+  std::string DecryptToString(ByteView data);
+  /// The same into the caller's variable, whose capacity is reused; false on failure.
+  bool DecryptToString(ByteView data, std::string& out);
+
+  /// Decrypts the bytes that a text in EncodingMode encodes, and takes the result as text in
+  /// Charset.
+  std::string DecryptStringENC(Text encoded);
+  /// The same into the caller's variable, whose capacity is reused; false on failure.
+  bool DecryptStringENC(Text encoded, std::string& out);
+
+  /// Decrypts the bytes that a text in EncodingMode encodes; the result is text in EncodingMode.
+  std::string DecryptEncoded(Text encoded);
+  /// The same into the caller's variable, whose capacity is reused; false on failure.
+  bool DecryptEncoded(Text encoded, std::string& out);
+
+  /// Encrypts a file in pieces, in constant memory; the result is that of its bytes at once.
+  /// FirstChunk and LastChunk do not count. After a failure what stood under outPath before is
+  /// still there. Both paths may be the same.
+  bool ZT_EncryptFile(Text inPath, Text outPath);
+
+  /// Decrypts a file in pieces, in constant memory. FirstChunk and LastChunk do not count. After a
+  /// failure what stood under outPath before is still there. Both paths may be the same.
+  bool ZT_DecryptFile(Text inPath, Text outPath);
+
+  /// Encrypts a text as AES_ENCRYPT() of MySQL servers in their default mode, aes-128-ecb; the
+  /// result is text in EncodingMode. Text and password count as their bytes in Charset.
+  std::string MySqlAesEncrypt(Text str, Text password);
+  /// The same into the caller's variable, whose capacity is reused; false on failure.
+  bool MySqlAesEncrypt(Text str, Text password, std::string& out);
+
+  /// Decrypts what MySqlAesEncrypt or AES_ENCRYPT() made, given as text in EncodingMode. Fails, as
+  /// the server does, when password and data do not fit together.
+  std::string MySqlAesDecrypt(Text encoded, Text password);
+  /// The same into the caller's variable, whose capacity is reused; false on failure.
+  bool MySqlAesDecrypt(Text encoded, Text password, std::string& out);
+
+  // Keys and random bytes
+
+  /// Sets SecretKey to the bytes that a text encodes. Encodings are named as in EncodingMode.
+  /// Fails, keeping the old key, when that is nothing.
+  bool SetEncodedKey(Text key, Text encoding);
+
+  /// SecretKey as text in an encoding.
+  std::string GetEncodedKey(Text encoding);
+  /// The same into the caller's variable, whose capacity is reused; false on failure.
+  bool GetEncodedKey(Text encoding, std::string& out);
+
+  /// IV as text in an encoding.
+  std::string GetEncodedIV(Text encoding);
+  /// The same into the caller's variable, whose capacity is reused; false on failure.
+  bool GetEncodedIV(Text encoding, std::string& out);
+
+  /// Sets Salt to the bytes that a text encodes.
+  bool SetEncodedSalt(Text salt, Text encoding);
+
+  /// Salt as text in an encoding.
+  std::string GetEncodedSalt(Text encoding);
+  /// The same into the caller's variable, whose capacity is reused; false on failure.
+  bool GetEncodedSalt(Text encoding, std::string& out);
+
+  /// Sets SecretKey to random bytes of the operating system, as many as the cipher takes at
+  /// KeyLength.
+  bool RandomizeKey();
+
+  /// Sets IV to random bytes of the operating system, one block of CryptAlgorithm.
+  bool RandomizeIV();
+
+  /// Random bytes of the operating system, as text in EncodingMode. They may serve as keys. Fails
+  /// for a negative number.
+  std::string GenRandomBytesENC(int numBytes);
+  /// The same into the caller's variable, whose capacity is reused; false on failure.
+  bool GenRandomBytesENC(int numBytes, std::string& out);
+
+  /// Key of KeyLength bits, at most 256, made of a pass phrase's bytes in Charset by MD5, as old
+  /// data need it. SecretKey stays as it is. New uses take Pbkdf2: this key can be guessed quickly.
+  Bytes GenerateSecretKey(Text passPhrase);
+  /// The same into the caller's variable, whose capacity is reused; false on failure.
+  bool GenerateSecretKey(Text passPhrase, Bytes& out);
+
+  /// The key of GenerateSecretKey as text in an encoding.
+  std::string GenEncodedSecretKey(Text passPhrase, Text encoding);
+  /// The same into the caller's variable, whose capacity is reused; false on failure.
+  bool GenEncodedSecretKey(Text passPhrase, Text encoding, std::string& out);
+
+  /// Sets SecretKey to the 32 bytes that GenerateSecretKey makes of a pass phrase in the ANSI code
+  /// page.
+  bool PassPhraseToSecretKeyAnsi(Text passPhrase);
+
+  /// Key of a password's bytes in a charset, by PBKDF2 (RFC 8018) with HMAC over a hash: "sha1",
+  /// "sha256", "sha384", "sha512", "md5" or "md2". The salt and the result are text in an encoding.
+  /// Fails for another hash, fewer than one iteration, and a number of bits that is no positive
+  /// multiple of 8.
+  std::string Pbkdf2(Text password, Text charset, Text hash, Text salt, int iterations, int keyBits,
+                     Text encoding);
+  /// The same into the caller's variable, whose capacity is reused; false on failure.
+  bool Pbkdf2(Text password, Text charset, Text hash, Text salt, int iterations, int keyBits,
+              Text encoding, std::string& out);
+
+  /// Key of a password by PBKDF1, for old data. As Pbkdf2, but the key cannot be longer than the
+  /// digest of the hash.
+  std::string Pbkdf1(Text password, Text charset, Text hash, Text salt, int iterations, int keyBits,
+                     Text encoding);
+  /// The same into the caller's variable, whose capacity is reused; false on failure.
+  bool Pbkdf1(Text password, Text charset, Text hash, Text salt, int iterations, int keyBits,
+              Text encoding, std::string& out);
+
   // Digests
 
   /// Digest of bytes in HashAlgorithm.

@@ -8,6 +8,7 @@
 #include "core/encode/cls_encode.h"
 #include "core/xstring.h"
 #include "crypt2/crypt2_settings.h"
+#include "crypt2/crypt_cipher.h"
 #include "crypt2/crypt_hasher.h"
 #include "crypt2/crypt_names.h"
 #include "crypt2/secret.h"
@@ -86,6 +87,48 @@ class ClsCrypt final : public Component, public ClsEncode, public ZantrelCritSec
   bool CalcMd2HashX(const DataBuffer& data, DataBuffer& out);
   bool CalcMd2HashStrX(const XString& text, DataBuffer& out);
 
+  // Encryption and decryption (crypt_encrypt.cpp)
+
+  bool EncryptX(const DataBuffer& data, DataBuffer& out);
+  bool EncryptBytesX(const DataBuffer& data, DataBuffer& out);
+  bool EncryptBytesENCX(const DataBuffer& data, XString& out);
+  bool EncryptStringX(const XString& text, DataBuffer& out);
+  bool EncryptStringENCX(const XString& text, XString& out);
+  bool EncryptEncodedX(const XString& text, XString& out);
+  bool DecryptX(const DataBuffer& data, DataBuffer& out);
+  bool DecryptBytesENCX(const XString& text, DataBuffer& out);
+  bool DecryptStringX(const DataBuffer& data, XString& out);
+  bool DecryptToStringX(const DataBuffer& data, XString& out);
+  bool DecryptStringENCX(const XString& text, XString& out);
+  bool DecryptEncodedX(const XString& text, XString& out);
+  bool ZT_EncryptFile(const XString& inPath, const XString& outPath, ProgressEvent* progress);
+  bool ZT_DecryptFile(const XString& inPath, const XString& outPath, ProgressEvent* progress);
+
+  // Keys, IVs, salts and random bytes (crypt_keys.cpp)
+
+  bool SetEncodedKey(const XString& key, const XString& encoding);
+  bool GetEncodedKeyX(const XString& encoding, XString& out);
+  bool GetEncodedIVX(const XString& encoding, XString& out);
+  bool SetEncodedSalt(const XString& salt, const XString& encoding);
+  bool GetEncodedSaltX(const XString& encoding, XString& out);
+  bool RandomizeKey();
+  bool RandomizeIV();
+  bool GenRandomBytesENCX(int numBytes, XString& out);
+  bool GenerateSecretKeyX(const XString& passPhrase, DataBuffer& out);
+  bool GenEncodedSecretKeyX(const XString& passPhrase, const XString& encoding, XString& out);
+  bool PassPhraseToSecretKeyAnsi(const XString& passPhrase);
+
+  // Keys of passwords, MySQL (crypt_passwords.cpp)
+
+  bool Pbkdf1X(const XString& password, const XString& charset, const XString& hash,
+               const XString& salt, int iterations, int keyBits, const XString& encoding,
+               XString& out);
+  bool Pbkdf2X(const XString& password, const XString& charset, const XString& hash,
+               const XString& salt, int iterations, int keyBits, const XString& encoding,
+               XString& out);
+  bool MySqlAesEncryptX(const XString& text, const XString& password, XString& out);
+  bool MySqlAesDecryptX(const XString& text, const XString& password, XString& out);
+
   // Encodings and utilities (crypt_encode.cpp)
 
   bool EncodeStringX(const XString& text, const XString& charset, const XString& encoding,
@@ -146,6 +189,23 @@ class ClsCrypt final : public Component, public ClsEncode, public ZantrelCritSec
   bool fixedDigest(const char* method, int hashId, const DataBuffer& data, DataBuffer& out);
   bool fixedDigest(const char* method, int hashId, const XString& text, DataBuffer& out);
 
+  CryptChoice cryptChoice() const;
+  template <class Body>
+  bool withCryptChoice(MethodCall& call, const Body& body);
+  bool crypt(MethodCall& call, CipherDirection direction, ByteSpan in, DataBuffer& out);
+  bool encrypt(MethodCall& call, ByteSpan in, DataBuffer& out);
+  bool decrypt(MethodCall& call, const char* failure, ByteSpan in, DataBuffer& out);
+  bool decryptBytes(MethodCall& call, ByteSpan in, DataBuffer& out);
+  bool decryptText(MethodCall& call, ByteSpan in, XString& out);
+  bool decryptString(const char* method, const DataBuffer& data, XString& out);
+  bool cryptFile(MethodCall& call, CipherDirection direction, const XString& inPath,
+                 const XString& outPath);
+  /// Logs the text that is to be decrypted, cut where it is long.
+  static void logInput(MethodCall& call, std::string_view text, std::size_t count);
+  /// Puts what a text encodes into `out`, leaving no copies behind.
+  bool decodeSecret(const XString& text, const XString& encoding, SecretBuffer& out);
+  bool generateSecretKey(MethodCall& call, const XString& passPhrase, DataBuffer& out);
+
   CountedObject<LiveObject::ClsCrypt> counted_;
   Crypt2Settings settings_;
   int hashId_ = kHashSha1;
@@ -155,6 +215,8 @@ class ClsCrypt final : public Component, public ClsEncode, public ZantrelCritSec
   CryptAlgorithm algorithm_;
   int cipherMode_ = kModeCbc;
   std::string lastAlgorithm_;
+  CryptCipher encryption_;  ///< under way between a first and a last piece
+  CryptCipher decryption_;
   SecretBuffer secretKey_;
   SecretBuffer iv_;
   bool hasIv_ = false;

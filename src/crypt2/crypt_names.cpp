@@ -70,8 +70,12 @@ int cipherModeOf(std::string_view name) {
   return text == "cfb" ? kModeCfb : kModeEcb;
 }
 
+const HashAlgorithm* findHashByName(std::string_view name) {
+  return findHashAlgorithm(std::string_view(normalised(name, "-")));
+}
+
 int hashIdOf(std::string_view name) {
-  const HashAlgorithm* const found = findHashAlgorithm(std::string_view(normalised(name, "-")));
+  const HashAlgorithm* const found = findHashByName(name);
   return found != nullptr ? found->id : kHashSha1;
 }
 

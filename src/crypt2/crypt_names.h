@@ -7,6 +7,8 @@
 
 namespace zantrel {
 
+struct HashAlgorithm;
+
 /// Numbers of the encryption algorithms; the values are fixed.
 enum CryptId : int {
   kCryptPki = 1,
@@ -39,7 +41,9 @@ enum CipherMode : int { kModeCbc = 0, kModeEcb = 1, kModeCfb = 2 };
 /// ECB (deliberate, if unwise: old settings count on it).
 int cipherModeOf(std::string_view name);
 
-/// The digest of a name, in which "-" and case do not matter; SHA-1 for an unknown one.
+/// The digest of a name, in which "-" and case do not matter; null for an unknown one.
+const HashAlgorithm* findHashByName(std::string_view name);
+/// Its number; SHA-1's for an unknown name.
 int hashIdOf(std::string_view name);
 
 }  // namespace zantrel

@@ -249,6 +249,265 @@ void Crypt2::put_IterationCount(int value) {
   facade::put(impl_, "IterationCount", &Crypt2Settings::iterationCount, value);
 }
 
+Bytes Crypt2::Encrypt(ByteView data) {
+  Bytes out;
+  Encrypt(data, out);
+  return out;
+}
+
+bool Crypt2::Encrypt(ByteView data, Bytes& out) {
+  return facade::call(impl_, "Encrypt", &ClsCrypt::EncryptX, data, out);
+}
+
+Bytes Crypt2::EncryptBytes(ByteView data) {
+  Bytes out;
+  EncryptBytes(data, out);
+  return out;
+}
+
+bool Crypt2::EncryptBytes(ByteView data, Bytes& out) {
+  return facade::call(impl_, "EncryptBytes", &ClsCrypt::EncryptBytesX, data, out);
+}
+
+std::string Crypt2::EncryptBytesENC(ByteView data) {
+  std::string out;
+  EncryptBytesENC(data, out);
+  return out;
+}
+
+bool Crypt2::EncryptBytesENC(ByteView data, std::string& out) {
+  return facade::call(impl_, "EncryptBytesENC", &ClsCrypt::EncryptBytesENCX, data, out);
+}
+
+Bytes Crypt2::EncryptString(Text str) {
+  Bytes out;
+  EncryptString(str, out);
+  return out;
+}
+
+bool Crypt2::EncryptString(Text str, Bytes& out) {
+  return facade::call(impl_, "EncryptString", &ClsCrypt::EncryptStringX, str, out);
+}
+
+std::string Crypt2::EncryptStringENC(Text str) {
+  std::string out;
+  EncryptStringENC(str, out);
+  return out;
+}
+
+bool Crypt2::EncryptStringENC(Text str, std::string& out) {
+  return facade::call(impl_, "EncryptStringENC", &ClsCrypt::EncryptStringENCX, str, out);
+}
+
+std::string Crypt2::EncryptEncoded(Text encoded) {
+  std::string out;
+  EncryptEncoded(encoded, out);
+  return out;
+}
+
+bool Crypt2::EncryptEncoded(Text encoded, std::string& out) {
+  return facade::call(impl_, "EncryptEncoded", &ClsCrypt::EncryptEncodedX, encoded, out);
+}
+
+Bytes Crypt2::Decrypt(ByteView data) {
+  Bytes out;
+  Decrypt(data, out);
+  return out;
+}
+
+bool Crypt2::Decrypt(ByteView data, Bytes& out) {
+  return facade::call(impl_, "Decrypt", &ClsCrypt::DecryptX, data, out);
+}
+
+Bytes Crypt2::DecryptBytesENC(Text encoded) {
+  Bytes out;
+  DecryptBytesENC(encoded, out);
+  return out;
+}
+
+bool Crypt2::DecryptBytesENC(Text encoded, Bytes& out) {
+  return facade::call(impl_, "DecryptBytesENC", &ClsCrypt::DecryptBytesENCX, encoded, out);
+}
+
+std::string Crypt2::DecryptString(ByteView data) {
+  std::string out;
+  DecryptString(data, out);
+  return out;
+}
+
+bool Crypt2::DecryptString(ByteView data, std::string& out) {
+  return facade::call(impl_, "DecryptString", &ClsCrypt::DecryptStringX, data, out);
+}
+
+std::string Crypt2::DecryptToString(ByteView data) {
+  std::string out;
+  DecryptToString(data, out);
+  return out;
+}
+
+bool Crypt2::DecryptToString(ByteView data, std::string& out) {
+  return facade::call(impl_, "DecryptToString", &ClsCrypt::DecryptToStringX, data, out);
+}
+
+std::string Crypt2::DecryptStringENC(Text encoded) {
+  std::string out;
+  DecryptStringENC(encoded, out);
+  return out;
+}
+
+bool Crypt2::DecryptStringENC(Text encoded, std::string& out) {
+  return facade::call(impl_, "DecryptStringENC", &ClsCrypt::DecryptStringENCX, encoded, out);
+}
+
+std::string Crypt2::DecryptEncoded(Text encoded) {
+  std::string out;
+  DecryptEncoded(encoded, out);
+  return out;
+}
+
+bool Crypt2::DecryptEncoded(Text encoded, std::string& out) {
+  return facade::call(impl_, "DecryptEncoded", &ClsCrypt::DecryptEncodedX, encoded, out);
+}
+
+bool Crypt2::ZT_EncryptFile(Text inPath, Text outPath) {
+  return facade::call(impl_, "ZT_EncryptFile", &ClsCrypt::ZT_EncryptFile, inPath, outPath,
+                      facade::Handlers{&OnPercentDone, &OnAbortCheck, &OnProgressInfo});
+}
+
+bool Crypt2::ZT_DecryptFile(Text inPath, Text outPath) {
+  return facade::call(impl_, "ZT_DecryptFile", &ClsCrypt::ZT_DecryptFile, inPath, outPath,
+                      facade::Handlers{&OnPercentDone, &OnAbortCheck, &OnProgressInfo});
+}
+
+std::string Crypt2::MySqlAesEncrypt(Text str, Text password) {
+  std::string out;
+  MySqlAesEncrypt(str, password, out);
+  return out;
+}
+
+bool Crypt2::MySqlAesEncrypt(Text str, Text password, std::string& out) {
+  return facade::call(impl_, "MySqlAesEncrypt", &ClsCrypt::MySqlAesEncryptX, str, password, out);
+}
+
+std::string Crypt2::MySqlAesDecrypt(Text encoded, Text password) {
+  std::string out;
+  MySqlAesDecrypt(encoded, password, out);
+  return out;
+}
+
+bool Crypt2::MySqlAesDecrypt(Text encoded, Text password, std::string& out) {
+  return facade::call(impl_, "MySqlAesDecrypt", &ClsCrypt::MySqlAesDecryptX, encoded, password,
+                      out);
+}
+
+bool Crypt2::SetEncodedKey(Text key, Text encoding) {
+  return facade::call(impl_, "SetEncodedKey", &ClsCrypt::SetEncodedKey, key, encoding);
+}
+
+std::string Crypt2::GetEncodedKey(Text encoding) {
+  std::string out;
+  GetEncodedKey(encoding, out);
+  return out;
+}
+
+bool Crypt2::GetEncodedKey(Text encoding, std::string& out) {
+  return facade::call(impl_, "GetEncodedKey", &ClsCrypt::GetEncodedKeyX, encoding, out);
+}
+
+std::string Crypt2::GetEncodedIV(Text encoding) {
+  std::string out;
+  GetEncodedIV(encoding, out);
+  return out;
+}
+
+bool Crypt2::GetEncodedIV(Text encoding, std::string& out) {
+  return facade::call(impl_, "GetEncodedIV", &ClsCrypt::GetEncodedIVX, encoding, out);
+}
+
+bool Crypt2::SetEncodedSalt(Text salt, Text encoding) {
+  return facade::call(impl_, "SetEncodedSalt", &ClsCrypt::SetEncodedSalt, salt, encoding);
+}
+
+std::string Crypt2::GetEncodedSalt(Text encoding) {
+  std::string out;
+  GetEncodedSalt(encoding, out);
+  return out;
+}
+
+bool Crypt2::GetEncodedSalt(Text encoding, std::string& out) {
+  return facade::call(impl_, "GetEncodedSalt", &ClsCrypt::GetEncodedSaltX, encoding, out);
+}
+
+bool Crypt2::RandomizeKey() {
+  return facade::call(impl_, "RandomizeKey", &ClsCrypt::RandomizeKey);
+}
+
+bool Crypt2::RandomizeIV() {
+  return facade::call(impl_, "RandomizeIV", &ClsCrypt::RandomizeIV);
+}
+
+std::string Crypt2::GenRandomBytesENC(int numBytes) {
+  std::string out;
+  GenRandomBytesENC(numBytes, out);
+  return out;
+}
+
+bool Crypt2::GenRandomBytesENC(int numBytes, std::string& out) {
+  return facade::call(impl_, "GenRandomBytesENC", &ClsCrypt::GenRandomBytesENCX, numBytes, out);
+}
+
+Bytes Crypt2::GenerateSecretKey(Text passPhrase) {
+  Bytes out;
+  GenerateSecretKey(passPhrase, out);
+  return out;
+}
+
+bool Crypt2::GenerateSecretKey(Text passPhrase, Bytes& out) {
+  return facade::call(impl_, "GenerateSecretKey", &ClsCrypt::GenerateSecretKeyX, passPhrase, out);
+}
+
+std::string Crypt2::GenEncodedSecretKey(Text passPhrase, Text encoding) {
+  std::string out;
+  GenEncodedSecretKey(passPhrase, encoding, out);
+  return out;
+}
+
+bool Crypt2::GenEncodedSecretKey(Text passPhrase, Text encoding, std::string& out) {
+  return facade::call(impl_, "GenEncodedSecretKey", &ClsCrypt::GenEncodedSecretKeyX, passPhrase,
+                      encoding, out);
+}
+
+bool Crypt2::PassPhraseToSecretKeyAnsi(Text passPhrase) {
+  return facade::call(impl_, "PassPhraseToSecretKeyAnsi", &ClsCrypt::PassPhraseToSecretKeyAnsi,
+                      passPhrase);
+}
+
+std::string Crypt2::Pbkdf2(Text password, Text charset, Text hash, Text salt, int iterations,
+                           int keyBits, Text encoding) {
+  std::string out;
+  Pbkdf2(password, charset, hash, salt, iterations, keyBits, encoding, out);
+  return out;
+}
+
+bool Crypt2::Pbkdf2(Text password, Text charset, Text hash, Text salt, int iterations, int keyBits,
+                    Text encoding, std::string& out) {
+  return facade::call(impl_, "Pbkdf2", &ClsCrypt::Pbkdf2X, password, charset, hash, salt,
+                      iterations, keyBits, encoding, out);
+}
+
+std::string Crypt2::Pbkdf1(Text password, Text charset, Text hash, Text salt, int iterations,
+                           int keyBits, Text encoding) {
+  std::string out;
+  Pbkdf1(password, charset, hash, salt, iterations, keyBits, encoding, out);
+  return out;
+}
+
+bool Crypt2::Pbkdf1(Text password, Text charset, Text hash, Text salt, int iterations, int keyBits,
+                    Text encoding, std::string& out) {
+  return facade::call(impl_, "Pbkdf1", &ClsCrypt::Pbkdf1X, password, charset, hash, salt,
+                      iterations, keyBits, encoding, out);
+}
+
 Bytes Crypt2::HashBytes(ByteView data) {
   Bytes out;
   HashBytes(data, out);
