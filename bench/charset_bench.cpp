@@ -106,8 +106,7 @@ class Runner {
 
 class Ours final : public Runner {
  public:
-  Ours(const Job& job, bool portable)
-      : job_(job), scope_(portable ? CpuFeatures{} : detectCpuFeatures()) {}
+  Ours(const Job& job, const CpuFeatures& features) : job_(job), scope_(features) {}
   std::size_t run() override {
     out_.clear();
     convert_.EncConvert(job_.from, job_.to, job_.in.data(), job_.in.size(), out_);
@@ -230,19 +229,28 @@ struct Size {
 };
 constexpr Size kSizes[] = {{"1K", 1 << 10}, {"64K", 64 << 10}, {"16M", 16 << 20}};
 
-void addAll(const std::string& operation, const Words& scripts, const Job& kind,
-            bool withPortable) {
+CpuFeatures withoutAvx512() {
+  CpuFeatures features;
+  features.ssse3 = detectCpuFeatures().ssse3;
+  features.avx2 = detectCpuFeatures().avx2;
+  return features;
+}
+
+void addAll(const std::string& operation, const Words& scripts, const Job& kind) {
   for (const Size& size : kSizes) {
     const auto job = std::make_shared<Job>(kind);
     job->in = makeInput(scripts, size.bytes, kind.from);
     const std::string name = operation + "/" + size.name + "/";
-    add(name + "zantrel", job,
-        [](const Job& j) -> std::unique_ptr<Runner> { return std::make_unique<Ours>(j, false); });
+    const auto addOurs = [&](const char* path, const CpuFeatures& features) {
+      add(name + path, job, [features](const Job& j) -> std::unique_ptr<Runner> {
+        return std::make_unique<Ours>(j, features);
+      });
+    };
+    addOurs("zantrel", detectCpuFeatures());
+    addOurs("zantrel_avx2", withoutAvx512());
+    addOurs("zantrel_portable", CpuFeatures{});
     add(name + "facade", job,
         [](const Job& j) -> std::unique_ptr<Runner> { return std::make_unique<Facade>(j); });
-    if (withPortable)
-      add(name + "zantrel_portable", job,
-          [](const Job& j) -> std::unique_ptr<Runner> { return std::make_unique<Ours>(j, true); });
 #ifdef HAVE_ICU
     add(name + "icu", job,
         [](const Job& j) -> std::unique_ptr<Runner> { return std::make_unique<Icu>(j); });
@@ -269,10 +277,8 @@ const bool registered = [] {
       {"mixed", words(kEnglish, kFrench, kRussian, kJapanese, kKorean, kEmoji)},
   };
   for (const auto& [name, scripts] : texts) {
-    addAll(std::string("utf8_to_utf16/") + name, scripts, {65001, 1200, "UTF-8", "UTF-16LE", {}},
-           true);
-    addAll(std::string("utf16_to_utf8/") + name, scripts, {1200, 65001, "UTF-16LE", "UTF-8", {}},
-           true);
+    addAll(std::string("utf8_to_utf16/") + name, scripts, {65001, 1200, "UTF-8", "UTF-16LE", {}});
+    addAll(std::string("utf16_to_utf8/") + name, scripts, {1200, 65001, "UTF-16LE", "UTF-8", {}});
   }
   struct Page {
     int id;
@@ -291,8 +297,8 @@ const bool registered = [] {
   };
   for (const Page& page : pages) {
     const std::string name = page.operation;
-    addAll(name + "_to_utf8", page.scripts, {page.id, 65001, page.name, "UTF-8", {}}, false);
-    addAll("utf8_to_" + name, page.scripts, {65001, page.id, "UTF-8", page.name, {}}, false);
+    addAll(name + "_to_utf8", page.scripts, {page.id, 65001, page.name, "UTF-8", {}});
+    addAll("utf8_to_" + name, page.scripts, {65001, page.id, "UTF-8", page.name, {}});
   }
   return true;
 }();

@@ -22,11 +22,15 @@ struct SingleByteReverse {
     return static_cast<std::size_t>(blockOf[unit >> 8]) * 256 + (unit & 0xFF);
   }
 
+  const std::uint8_t* cellsOfWindow(std::uint16_t number) const noexcept {
+    return cells.data() + cellOf(static_cast<char16_t>(number * kWindowUnits));
+  }
+
   char16_t zeroUnit;  ///< what byte 00 stands for; every other zero cell is empty
   std::uint8_t blockOf[256] = {};
   std::vector<std::uint8_t> cells;
-  /// The windows of 128 units that hold the most characters, as unit / 128: the vector loop keeps
-  /// these in registers.
+  /// The windows of 128 units that hold the most characters, as unit / 128, the fullest
+  /// first: the vector loops keep them at hand.
   std::uint16_t window[kWindows] = {};
 };
 
@@ -36,11 +40,16 @@ std::size_t encodeSinglePortable(const SingleByteReverse& reverse, const char16_
                                  std::size_t count, std::uint8_t* out) noexcept;
 
 #ifdef ZT_X86_64
-/// Both convert whole groups of 64 items; what is left goes to the portable loops.
+/// All convert whole groups, of 32 items or of 64; what is left goes to the portable loops.
 std::size_t decodeSingleAvx512(const SingleByteTable& table, const std::uint8_t* in,
                                std::size_t count, char16_t* out) noexcept;
+/// For pages whose lower half is ASCII.
+std::size_t decodeUpperHalfAvx2(const SingleByteTable& table, const std::uint8_t* in,
+                                std::size_t count, char16_t* out) noexcept;
 std::size_t encodeSingleAvx512(const SingleByteReverse& reverse, const char16_t* in,
                                std::size_t count, std::uint8_t* out) noexcept;
+std::size_t encodeSingleAvx2(const SingleByteReverse& reverse, const char16_t* in,
+                             std::size_t count, std::uint8_t* out) noexcept;
 #endif
 
 }  // namespace zantrel

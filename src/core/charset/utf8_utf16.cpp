@@ -1,14 +1,14 @@
 // UTF-8 and UTF-16, portable path and the choice of path.
 //
 // Standard: The Unicode Standard 15.0, section 3.9 (D91, D92, table 3-7) and the recommendation on
-// "U+FFFD Substitution of Maximal Subparts" there. The portable loops step over ASCII eight bytes
-// or four units at a time and take everything else one character at a time. The vector kernels
+// "U+FFFD Substitution of Maximal Subparts" there. The portable loops take ASCII eight
+// bytes or four units at a time and everything else one character at a time. The vector kernels
 // convert whole blocks that are valid and leave the ends and every doubtful block to the portable
 // loops, so that there is one place only which decides what an error is and how long it is.
 
 #include "core/charset/utf8_utf16.h"
 
-#include <algorithm>
+#include <bit>
 #include <cstring>
 
 #include "core/charset/utf8_utf16_kernels.h"
@@ -38,6 +38,15 @@ constexpr Lead leadOf(std::uint8_t byte) noexcept {
   return {3, 0x80, 0xBF};
 }
 
+/// How many of eight bytes in memory stand before the first that has one of the bits `unwanted`.
+std::size_t bytesInFrontOf(std::uint64_t unwanted, const void* from) noexcept {
+  std::uint64_t word;
+  std::memcpy(&word, from, sizeof word);
+  constexpr bool kLittle = std::endian::native == std::endian::little;
+  const int bits = kLittle ? std::countr_zero(word & unwanted) : std::countl_zero(word & unwanted);
+  return static_cast<std::size_t>(bits) / 8;
+}
+
 CodecResult stopAt(std::size_t consumed, std::size_t produced, CodecStop stop,
                    std::size_t badLength = 0) noexcept {
   return {consumed, produced, stop, static_cast<std::uint8_t>(badLength)};
@@ -65,23 +74,36 @@ CodecResult utf8ToUtf16(ByteSpan in, bool last, std::span<char16_t> out) noexcep
   std::size_t i = 0;
   std::size_t o = 0;
   while (i < size) {
-    if (bytes[i] < 0x80) {
-      while (size - i >= 8 && room - o >= 8) {
-        std::uint64_t word;
-        std::memcpy(&word, bytes + i, 8);
-        if ((word & kHighBits) != 0) break;
+    const std::uint8_t first = bytes[i];
+    if (first < 0x80) {
+      std::size_t run = 8;
+      while (run == 8 && size - i >= 8 && room - o >= 8) {
+        run = bytesInFrontOf(kHighBits, bytes + i);
         for (std::size_t k = 0; k < 8; ++k) units[o + k] = bytes[i + k];
-        i += 8;
-        o += 8;
+        i += run;
+        o += run;
       }
-      if (i == size) break;
-      if (bytes[i] < 0x80) {
-        if (o == room) return stopAt(i, o, CodecStop::OutputFull);
-        units[o++] = bytes[i++];
+      if (i == size || bytes[i] >= 0x80) continue;
+      if (o == room) return stopAt(i, o, CodecStop::OutputFull);
+      units[o++] = bytes[i++];
+      continue;
+    }
+    if (size - i >= 3 && o < room) {  // what most texts hold, short of the ends
+      const std::uint32_t second = bytes[i + 1] ^ 0x80u;
+      const std::uint32_t third = bytes[i + 2] ^ 0x80u;
+      if (first >= 0xC2 && first < 0xE0 && second < 0x40) {
+        units[o++] = static_cast<char16_t>((first & 0x1Fu) << 6 | second);
+        i += 2;
+        continue;
+      }
+      const std::uint32_t unit = (first & 0xFu) << 12 | second << 6 | third;
+      if ((first & 0xF0) == 0xE0 && (second | third) < 0x40 && unit >= 0x800 &&
+          (unit & 0xF800) != 0xD800) {
+        units[o++] = static_cast<char16_t>(unit);
+        i += 3;
         continue;
       }
     }
-    const std::uint8_t first = bytes[i];
     const Lead lead = leadOf(first);
     if (lead.continuations == 0) return stopAt(i, o, CodecStop::Invalid, 1);
     std::uint32_t character = first & (0x3Fu >> lead.continuations);
@@ -118,10 +140,7 @@ CodecResult utf16ToUtf8(std::span<const char16_t> in, bool last,
   while (i < size) {
     const std::uint32_t unit = units[i];
     if (unit < 0x80) {
-      while (size - i >= 4 && room - o >= 4) {
-        std::uint64_t word;
-        std::memcpy(&word, units + i, 8);
-        if ((word & kNonAsciiUnits) != 0) break;
+      while (size - i >= 4 && room - o >= 4 && bytesInFrontOf(kNonAsciiUnits, units + i) == 8) {
         for (std::size_t k = 0; k < 4; ++k) bytes[o + k] = static_cast<std::uint8_t>(units[i + k]);
         i += 4;
         o += 4;

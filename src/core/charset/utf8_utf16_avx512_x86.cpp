@@ -11,26 +11,18 @@
 // overlong form or a surrogate shows as a unit out of range). Where the kernel stops behind half a
 // character it steps back to that character's first byte.
 //
-// From UTF-16: each unit becomes a 32-bit lane (16-bit for text below U+0800) holding its bytes,
-// and one byte compression closes the gaps.
+// From UTF-16: each unit is spread into the four bytes of a 32-bit lane (two bytes for text below
+// U+0800), half a pair into two of them, and byte compressions close the gaps.
 
 #include "core/charset/utf8_utf16_kernels.h"
 
 #ifdef ZT_X86_64
 
-#if defined(__GNUC__) && !defined(__clang__)
-// g++ 12 takes the deliberately undefined registers in its own header for a mistake.
-#pragma GCC diagnostic push
-#pragma GCC diagnostic ignored "-Wmaybe-uninitialized"
-#pragma GCC diagnostic ignored "-Wuninitialized"
-#include <immintrin.h>
-#pragma GCC diagnostic pop
-#else
-#include <immintrin.h>
-#endif
-
 #include <algorithm>
+#include <array>
 #include <bit>
+
+#include "platform/x86_intrinsics.h"
 
 namespace zantrel {
 namespace {
@@ -41,6 +33,33 @@ constexpr std::size_t kBlockBytes = 64;
 constexpr std::size_t kLookahead = 2;  // bytes behind a block that its last characters need
 constexpr std::size_t kHalf = 32;      // units in a register
 
+using Lanes = std::array<std::uint16_t, kHalf>;
+
+/// The lane in front of each; of the first one itself.
+alignas(64) constexpr Lanes kBefore = [] {
+  Lanes lanes{};
+  for (unsigned i = 1; i < kHalf; ++i) lanes[i] = static_cast<std::uint16_t>(i - 1);
+  return lanes;
+}();
+
+/// Lanes of two registers by turns, from the lower or the upper half of both.
+constexpr Lanes interleaved(unsigned first) {
+  Lanes lanes{};
+  for (unsigned i = 0; i < kHalf; ++i)
+    lanes[i] = static_cast<std::uint16_t>(first + i / 2 + i % 2 * kHalf);
+  return lanes;
+}
+alignas(64) constexpr Lanes kInterleaveLower = interleaved(0);
+alignas(64) constexpr Lanes kInterleaveUpper = interleaved(kHalf / 2);
+
+ZT_TARGET_AVX512 inline __m512i load(const void* p) noexcept {
+  return _mm512_loadu_si512(p);
+}
+
+ZT_TARGET_AVX512 inline __m512i load(const Lanes& lanes) noexcept {
+  return _mm512_load_si512(lanes.data());
+}
+
 /// The lowest `count` bits; count may be 64 or more.
 ZT_TARGET_AVX512 inline Mask64 lowBits(std::size_t count) noexcept {
   return count >= 64 ? ~Mask64{0} : (Mask64{1} << count) - 1;
@@ -48,10 +67,6 @@ ZT_TARGET_AVX512 inline Mask64 lowBits(std::size_t count) noexcept {
 
 ZT_TARGET_AVX512 inline __m512i words(int value) noexcept {
   return _mm512_set1_epi16(static_cast<short>(value));
-}
-
-ZT_TARGET_AVX512 inline __m512i splat(std::uint32_t value) noexcept {
-  return _mm512_set1_epi32(static_cast<int>(value));
 }
 
 /// A block of UTF-8 as three registers: the bytes, their successors, and the successors of those.
@@ -72,6 +87,29 @@ ZT_TARGET_AVX512 inline Block loadBlock(const std::uint8_t* bytes, std::size_t r
             _mm512_loadu_si512(bytes + 2)};
   return {loadPart(bytes, rest), loadPart(bytes + 1, rest - 1),
           loadPart(bytes + 2, rest - std::min<std::size_t>(rest, 2))};
+}
+
+/// Widens whole blocks of ASCII.
+ZT_TARGET_AVX512 inline KernelProgress widenBlocks(ByteSpan in, std::span<char16_t> out,
+                                                   KernelProgress done) noexcept {
+  while (in.size() - done.consumed >= kBlockBytes && out.size() - done.produced >= kBlockBytes) {
+    const __m512i block = _mm512_loadu_si512(in.data() + done.consumed);
+    if (_mm512_movepi8_mask(block) != 0) break;
+    char16_t* const units = out.data() + done.produced;
+    _mm512_storeu_si512(units, _mm512_cvtepu8_epi16(_mm512_castsi512_si256(block)));
+    _mm512_storeu_si512(units + kHalf, _mm512_cvtepu8_epi16(_mm512_extracti64x4_epi64(block, 1)));
+    done.consumed += kBlockBytes;
+    done.produced += kBlockBytes;
+  }
+  return done;
+}
+
+/// Units of 32 gathered characters of one or two bytes.
+ZT_TARGET_AVX512 inline __m512i shortUnitsOf(__m256i first, __m256i second) noexcept {
+  const __m512i a = _mm512_cvtepu8_epi16(first);
+  const __m512i two = _mm512_sub_epi16(
+      _mm512_add_epi16(_mm512_slli_epi16(a, 6), _mm512_cvtepu8_epi16(second)), words(0x3080));
+  return _mm512_mask_mov_epi16(a, _mm512_cmpge_epu16_mask(a, words(0xC0)), two);
 }
 
 /// Units of 32 gathered characters; `bad` receives the lanes that are out of their class's range.
@@ -129,14 +167,47 @@ ZT_TARGET_AVX512 inline void storeBytes(std::uint8_t* out, std::size_t room, std
   }
 }
 
-/// Takes back a character of which only the first bytes are behind `done`.
-KernelProgress withoutHalfCharacter(ByteSpan in, KernelProgress done) noexcept {
-  std::size_t back = 1;
-  while ((in[done.consumed - back] & 0xC0) == 0x80) ++back;
-  done.consumed -= back;
-  // A first byte yields one unit at once; of four bytes the third one yields the second.
-  done.produced -= in[done.consumed] >= 0xF0 && back > 2 ? 2 : 1;
+/// Narrows whole blocks of ASCII.
+ZT_TARGET_AVX512 inline KernelProgress narrowBlocks(std::span<const char16_t> in,
+                                                    std::span<std::uint8_t> out,
+                                                    KernelProgress done) noexcept {
+  const __m512i order = _mm512_setr_epi64(0, 2, 4, 6, 1, 3, 5, 7);  // what packing leaves
+  while (in.size() - done.consumed >= 2 * kHalf && out.size() - done.produced >= 2 * kHalf) {
+    const __m512i first = load(in.data() + done.consumed);
+    const __m512i second = load(in.data() + done.consumed + kHalf);
+    if (_mm512_cmpge_epu16_mask(_mm512_or_si512(first, second), words(0x80)) != 0) break;
+    const __m512i packed = _mm512_packus_epi16(first, second);
+    _mm512_storeu_si512(out.data() + done.produced, _mm512_permutexvar_epi64(order, packed));
+    done.consumed += 2 * kHalf;
+    done.produced += 2 * kHalf;
+  }
   return done;
+}
+
+/// Units are spread into pairs or fours of bytes. The last byte of each belongs to the output even
+/// when it is zero, the others when they are not.
+constexpr Mask64 kLastOfPairs = 0xAAAA'AAAA'AAAA'AAAA;
+constexpr Mask64 kLastOfFours = 0x8888'8888'8888'8888;
+
+ZT_TARGET_AVX512 inline Mask64 usedBytes(__m512i spread, Mask64 always) noexcept {
+  return _mm512_test_epi8_mask(spread, spread) | always;
+}
+
+/// Of a character of four bytes: the two that a high surrogate stands for.
+ZT_TARGET_AVX512 inline __m512i firstHalfOf(__m512i units) noexcept {
+  const __m512i upper = _mm512_sub_epi16(units, words(0xD7C0));
+  return _mm512_or_si512(_mm512_or_si512(_mm512_srli_epi16(upper, 8), words(0x80F0)),
+                         _mm512_and_si512(_mm512_slli_epi16(upper, 6), words(0x3F00)));
+}
+
+/// Of a character of four bytes: the two that a low surrogate stands for; two bits of the first one
+/// come from the unit in front.
+ZT_TARGET_AVX512 inline __m512i secondHalfOf(__m512i units, __m512i tail) noexcept {
+  const __m512i before = _mm512_permutexvar_epi16(load(kBefore), units);
+  return _mm512_or_si512(
+      _mm512_or_si512(_mm512_and_si512(_mm512_slli_epi16(before, 4), words(0x30)),
+                      _mm512_and_si512(_mm512_srli_epi16(units, 6), words(0xF))),
+      _mm512_or_si512(_mm512_slli_epi16(tail, 8), words(0x80)));
 }
 
 }  // namespace
@@ -160,8 +231,7 @@ ZT_TARGET_AVX512 KernelProgress utf8ToUtf16Avx512(ByteSpan in, std::span<char16_
       if (count > kHalf)
         storeUnits(units + kHalf, room - kHalf, count - kHalf,
                    _mm512_cvtepu8_epi16(_mm512_extracti64x4_epi64(block.at, 1)));
-      done.consumed += count;
-      done.produced += count;
+      done = widenBlocks(in, out, {done.consumed + count, done.produced + count});
       continue;
     }
     const Mask64 first =
@@ -178,27 +248,35 @@ ZT_TARGET_AVX512 KernelProgress utf8ToUtf16Avx512(ByteSpan in, std::span<char16_
     const Mask64 yields = (~continuations | owedLow | (four << 2)) & inside;
     const auto count = static_cast<std::size_t>(std::popcount(yields));
     if (room < count) break;
-    const bool withPairs = (four | owedLow) != 0;
-    const __m512i a = _mm512_maskz_compress_epi8(yields, block.at);
-    const __m512i b = _mm512_maskz_compress_epi8(yields, block.next);
-    const __m512i c = _mm512_maskz_compress_epi8(yields, block.afterNext);
-    __mmask32 bad;
-    const __m512i lower = unitsOf(_mm512_castsi512_si256(a), _mm512_castsi512_si256(b),
-                                  _mm512_castsi512_si256(c), withPairs, bad);
     const Mask64 owedNext =
         rest < kBlockBytes ? expected >> rest : (first >> 63) | (three >> 62) | (four >> 61);
-    // At the end of the input the last character may lack bytes; it is taken back below.
-    const bool cutShort = rest < kBlockBytes + kLookahead &&
-                          (owedNext >> (std::max(rest, kBlockBytes) - kBlockBytes)) != 0;
-    const std::size_t whole = cutShort ? count - 1 : count;
-    if ((bad & static_cast<__mmask32>(lowBits(whole))) != 0) break;
-    storeUnits(units, room, count, lower);
-    if (count > kHalf) {
-      const __m512i upper =
-          unitsOf(_mm512_extracti64x4_epi64(a, 1), _mm512_extracti64x4_epi64(b, 1),
-                  _mm512_extracti64x4_epi64(c, 1), withPairs, bad);
-      if ((bad & static_cast<__mmask32>(lowBits(whole - kHalf))) != 0) break;
-      storeUnits(units + kHalf, room - kHalf, count - kHalf, upper);
+    const __m512i a = _mm512_maskz_compress_epi8(yields, block.at);
+    const __m512i b = _mm512_maskz_compress_epi8(yields, block.next);
+    if ((three | owedLow) == 0) {
+      storeUnits(units, room, count,
+                 shortUnitsOf(_mm512_castsi512_si256(a), _mm512_castsi512_si256(b)));
+      if (count > kHalf)
+        storeUnits(units + kHalf, room - kHalf, count - kHalf,
+                   shortUnitsOf(_mm512_extracti64x4_epi64(a, 1), _mm512_extracti64x4_epi64(b, 1)));
+    } else {
+      const bool withPairs = (four | owedLow) != 0;
+      const __m512i c = _mm512_maskz_compress_epi8(yields, block.afterNext);
+      __mmask32 bad;
+      const __m512i lower = unitsOf(_mm512_castsi512_si256(a), _mm512_castsi512_si256(b),
+                                    _mm512_castsi512_si256(c), withPairs, bad);
+      // At the end of the input the last character may lack bytes; it is taken back below.
+      const bool cutShort = rest < kBlockBytes + kLookahead &&
+                            (owedNext >> (std::max(rest, kBlockBytes) - kBlockBytes)) != 0;
+      const std::size_t whole = cutShort ? count - 1 : count;
+      if ((bad & static_cast<__mmask32>(lowBits(whole))) != 0) break;
+      storeUnits(units, room, count, lower);
+      if (count > kHalf) {
+        const __m512i upper =
+            unitsOf(_mm512_extracti64x4_epi64(a, 1), _mm512_extracti64x4_epi64(b, 1),
+                    _mm512_extracti64x4_epi64(c, 1), withPairs, bad);
+        if ((bad & static_cast<__mmask32>(lowBits(whole - kHalf))) != 0) break;
+        storeUnits(units + kHalf, room - kHalf, count - kHalf, upper);
+      }
     }
     done.produced += count;
     done.consumed += std::min(rest, kBlockBytes);
@@ -212,92 +290,65 @@ ZT_TARGET_AVX512 KernelProgress utf16ToUtf8Avx512(std::span<const char16_t> in,
                                                   std::span<std::uint8_t> out) noexcept {
   KernelProgress done;
   while (done.consumed < in.size()) {
-    const char16_t* units = in.data() + done.consumed;
+    const char16_t* from = in.data() + done.consumed;
     const std::size_t rest = in.size() - done.consumed;
     const std::size_t room = out.size() - done.produced;
     std::uint8_t* bytes = out.data() + done.produced;
     const std::size_t count = std::min(rest, kHalf);
-    const auto inside = static_cast<__mmask32>(lowBits(count));
-    const __m512i block =
-        count == kHalf ? _mm512_loadu_si512(units) : _mm512_maskz_loadu_epi16(inside, units);
-    const __mmask32 beyondAscii = _mm512_cmpge_epu16_mask(block, words(0x80));
-    if (beyondAscii == 0) {
+    const __m512i units =
+        count == kHalf ? _mm512_loadu_si512(from)
+                       : _mm512_maskz_loadu_epi16(static_cast<__mmask32>(lowBits(count)), from);
+    const __mmask32 isLong = _mm512_cmpge_epu16_mask(units, words(0x80));
+    if (isLong == 0) {
       if (room < count) break;
-      const __m256i narrow = _mm512_cvtepi16_epi8(block);
-      if (room >= kHalf) {
-        _mm256_storeu_si256(reinterpret_cast<__m256i*>(bytes), narrow);
-      } else {
-        _mm256_mask_storeu_epi8(bytes, inside, narrow);
-      }
-      done.consumed += count;
-      done.produced += count;
+      storeBytes(bytes, room, count, _mm512_castsi256_si512(_mm512_cvtepi16_epi8(units)));
+      done = narrowBlocks(in, out, {done.consumed + count, done.produced + count});
       continue;
     }
-    if (_mm512_cmpge_epu16_mask(block, words(0x800)) == 0) {
-      const __m512i pair = _mm512_or_si512(
-          _mm512_or_si512(_mm512_srli_epi16(block, 6),
-                          _mm512_and_si512(_mm512_slli_epi16(block, 8), words(0x3F00))),
-          words(0x80C0));
-      const __m512i spread = _mm512_mask_mov_epi16(block, beyondAscii, pair);
-      // A first byte counts even when it is zero; a second byte never is.
-      const Mask64 firsts = _pdep_u64(inside, 0x5555555555555555u);
-      const Mask64 used = _mm512_test_epi8_mask(spread, spread) | firsts;
+    __mmask32 isLongest = _mm512_cmpge_epu16_mask(units, words(0x800));
+    const __m512i tail = _mm512_or_si512(_mm512_and_si512(units, words(0x3F)), words(0x80));
+    const __m512i marks = _mm512_mask_mov_epi16(words(0xC0), isLongest, words(0x80));
+    const __m512i lead = _mm512_maskz_mov_epi16(
+        isLong, _mm512_or_si512(marks, _mm512_and_si512(_mm512_srli_epi16(units, 6), words(0x3F))));
+    __m512i pair =
+        _mm512_or_si512(lead, _mm512_slli_epi16(_mm512_mask_mov_epi16(units, isLong, tail), 8));
+    if (isLongest == 0) {
+      const Mask64 used = usedBytes(pair, kLastOfPairs) & lowBits(2 * count);
       const auto length = static_cast<std::size_t>(std::popcount(used));
       if (room < length) break;
-      storeBytes(bytes, room, length, _mm512_maskz_compress_epi8(used, spread));
+      storeBytes(bytes, room, length, _mm512_maskz_compress_epi8(used, pair));
       done.consumed += count;
       done.produced += length;
       continue;
     }
-    const std::size_t quarter = std::min<std::size_t>(rest, 16);
-    const auto lanes = static_cast<__mmask16>(lowBits(quarter));
-    const __m512i u = _mm512_cvtepu16_epi32(_mm512_castsi512_si256(block));
-    const __m512i two =
-        _mm512_or_si512(_mm512_or_si512(_mm512_srli_epi32(u, 6),
-                                        _mm512_and_si512(_mm512_slli_epi32(u, 8), splat(0x3F00))),
-                        splat(0x80C0));
-    const __m512i three =
-        _mm512_or_si512(_mm512_or_si512(_mm512_srli_epi32(u, 12),
-                                        _mm512_and_si512(_mm512_slli_epi32(u, 2), splat(0x3F00))),
-                        _mm512_or_si512(_mm512_and_si512(_mm512_slli_epi32(u, 16), splat(0x3F0000)),
-                                        splat(0x8080E0)));
-    __m512i spread = _mm512_mask_mov_epi32(u, _mm512_cmpge_epu32_mask(u, splat(0x80)), two);
-    spread = _mm512_mask_mov_epi32(spread, _mm512_cmpge_epu32_mask(u, splat(0x800)), three);
-    Mask64 firsts = _pdep_u64(lanes, 0x1111111111111111u);
-    std::size_t taken = quarter;
-    const __m512i kind = _mm512_and_si512(u, splat(0xFC00));
-    const __mmask16 high = _mm512_cmpeq_epi32_mask(kind, splat(0xD800));
-    const __mmask16 low = _mm512_cmpeq_epi32_mask(kind, splat(0xDC00));
-    if ((high | low) != 0) {
-      // The unit behind each one; none behind the last of the input.
-      const std::size_t behind = std::min<std::size_t>(rest - 1, 16);
-      const __m512i partner = _mm512_cvtepu16_epi32(
-          _mm256_maskz_loadu_epi16(static_cast<__mmask16>(lowBits(behind)), units + 1));
-      const __mmask16 paired = _mm512_mask_cmpeq_epi32_mask(
-          high, _mm512_and_si512(partner, splat(0xFC00)), splat(0xDC00));
-      // Each high surrogate needs its partner, and each low one the high one in front.
-      if (paired != high || low != static_cast<__mmask16>(high << 1)) break;
-      const __m512i character =
-          _mm512_add_epi32(_mm512_slli_epi32(u, 10), _mm512_sub_epi32(partner, splat(0x35FDC00)));
-      const __m512i four = _mm512_or_si512(
-          _mm512_or_si512(
-              _mm512_or_si512(_mm512_srli_epi32(character, 18),
-                              _mm512_and_si512(_mm512_srli_epi32(character, 4), splat(0x3F00))),
-              _mm512_or_si512(
-                  _mm512_and_si512(_mm512_slli_epi32(character, 10), splat(0x3F0000)),
-                  _mm512_and_si512(_mm512_slli_epi32(character, 24), splat(0x3F000000)))),
-          splat(0x808080F0));
-      spread = _mm512_mask_mov_epi32(spread, high, four);
-      spread = _mm512_mask_mov_epi32(spread, low, _mm512_setzero_si512());
-      firsts &= ~_pdep_u64(low, 0x1111111111111111u);
-      if ((high >> 15) != 0) ++taken;  // its partner stands in the next block
+    std::size_t taken = count;
+    const __m512i kind = _mm512_and_si512(units, words(0xFC00));
+    const __mmask32 highs = _mm512_cmpeq_epi16_mask(kind, words(0xD800));
+    const __mmask32 lows = _mm512_cmpeq_epi16_mask(kind, words(0xDC00));
+    if ((highs | lows) != 0) {
+      if (lows != static_cast<__mmask32>((Mask64{highs} << 1) & lowBits(count))) break;
+      if ((highs >> (count - 1)) != 0) --taken;  // its partner stands in the next block
+      if (taken == 0) break;
+      pair = _mm512_mask_mov_epi16(pair, highs, firstHalfOf(units));
+      pair = _mm512_mask_mov_epi16(pair, lows, secondHalfOf(units, tail));
+      isLongest &= ~(highs | lows);
     }
-    const Mask64 used = _mm512_test_epi8_mask(spread, spread) | firsts;
-    const auto length = static_cast<std::size_t>(std::popcount(used));
-    if (room < length) break;
-    storeBytes(bytes, room, length, _mm512_maskz_compress_epi8(used, spread));
+    const __m512i top = _mm512_maskz_mov_epi16(
+        isLongest, _mm512_or_si512(_mm512_and_si512(_mm512_srli_epi16(units, 4), words(0x0F00)),
+                                   words(0xE000)));
+    const __m512i lower = _mm512_permutex2var_epi16(top, load(kInterleaveLower), pair);
+    const __m512i upper = _mm512_permutex2var_epi16(top, load(kInterleaveUpper), pair);
+    const std::size_t quarter = std::min<std::size_t>(taken, 16);
+    const Mask64 usedLower = usedBytes(lower, kLastOfFours) & lowBits(4 * quarter);
+    const Mask64 usedUpper = usedBytes(upper, kLastOfFours) & lowBits(4 * (taken - quarter));
+    const auto lengthLower = static_cast<std::size_t>(std::popcount(usedLower));
+    const auto lengthUpper = static_cast<std::size_t>(std::popcount(usedUpper));
+    if (room < lengthLower + lengthUpper) break;
+    storeBytes(bytes, room, lengthLower, _mm512_maskz_compress_epi8(usedLower, lower));
+    storeBytes(bytes + lengthLower, room - lengthLower, lengthUpper,
+               _mm512_maskz_compress_epi8(usedUpper, upper));
     done.consumed += taken;
-    done.produced += length;
+    done.produced += lengthLower + lengthUpper;
   }
   return done;
 }

@@ -17,6 +17,16 @@ struct KernelProgress {
   std::size_t produced = 0;
 };
 
+/// Takes back a character of UTF-8 of which only the first bytes are behind `done`.
+inline KernelProgress withoutHalfCharacter(ByteSpan in, KernelProgress done) noexcept {
+  std::size_t back = 1;
+  while ((in[done.consumed - back] & 0xC0) == 0x80) ++back;
+  done.consumed -= back;
+  // A first byte yields one unit at once; of four bytes the third one yields the second.
+  done.produced -= in[done.consumed] >= 0xF0 && back > 2 ? 2 : 1;
+  return done;
+}
+
 #ifdef ZT_X86_64
 KernelProgress utf8ToUtf16Avx2(ByteSpan in, std::span<char16_t> out) noexcept;
 KernelProgress utf8ToUtf16Avx512(ByteSpan in, std::span<char16_t> out) noexcept;

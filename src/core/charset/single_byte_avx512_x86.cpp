@@ -71,12 +71,10 @@ ZT_TARGET_AVX512 std::size_t decodeSingleAvx512(const SingleByteTable& table,
 ZT_TARGET_AVX512 std::size_t encodeSingleAvx512(const SingleByteReverse& reverse,
                                                 const char16_t* in, std::size_t count,
                                                 std::uint8_t* out) noexcept {
-  constexpr std::size_t kUnits = SingleByteReverse::kWindowUnits;
   __m512i cells[SingleByteReverse::kWindows][2];
   __m512i number[SingleByteReverse::kWindows];
   for (std::size_t w = 0; w < SingleByteReverse::kWindows; ++w) {
-    const std::uint8_t* first =
-        reverse.cells.data() + reverse.cellOf(static_cast<char16_t>(reverse.window[w] * kUnits));
+    const std::uint8_t* first = reverse.cellsOfWindow(reverse.window[w]);
     cells[w][0] = _mm512_loadu_si512(first);
     cells[w][1] = _mm512_loadu_si512(first + 64);
     number[w] = _mm512_set1_epi16(static_cast<short>(reverse.window[w]));
