@@ -11,6 +11,7 @@
 #include "core/charset/code_page.h"
 #include "core/charset/encoding_convert.h"
 #include "core/data_buffer.h"
+#include "platform/cpu_features.h"
 
 namespace {
 
@@ -85,6 +86,12 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
 
   const Result whole = convert(from, to, in, in.size(), options);
   require(same(convert(from, to, in, piece, options), whole, from));
+  for (const bool avx2 : {false, true}) {
+    CpuFeatures features;
+    features.avx2 = avx2 && detectCpuFeatures().avx2;
+    const ScopedCpuFeatures scope(features);
+    require(same(convert(from, to, in, in.size(), options), whole, from));
+  }
   DataBuffer out;
   EncodingConvert converter(options);
   const bool clean = converter.EncConvert(from, to, in.data(), in.size(), out);
