@@ -29,5 +29,7 @@ void addCharsetList(CLI::App& parent, Context& context);
 void addCharsetHtml(CLI::App& parent, Context& context);
 void addEncode(CLI::App& parent, Context& context);
 void addDecode(CLI::App& parent, Context& context);
+void addHash(CLI::App& parent, Context& context);
+void addHmac(CLI::App& parent, Context& context);
 
 }  // namespace zantrel_cli

@@ -12,16 +12,22 @@ constexpr std::uint64_t kMostBytes = 0xFFFFFFFFu;
 constexpr std::size_t kBlock = 1 << 16;
 }  // namespace
 
+bool readStandardInput(const std::function<bool(std::span<const std::uint8_t>)>& take) {
+  std::vector<std::uint8_t> block(kBlock);
+  for (;;) {
+    const std::size_t got = std::fread(block.data(), 1, kBlock, stdin);
+    if (got > 0 && !take({block.data(), got})) return false;
+    if (got < kBlock) return std::ferror(stdin) == 0;
+  }
+}
+
 bool readStandardInput(std::vector<std::uint8_t>& out) {
   out.clear();
-  for (;;) {
-    const std::size_t before = out.size();
-    out.resize(before + kBlock);
-    const std::size_t got = std::fread(out.data() + before, 1, kBlock, stdin);
-    out.resize(before + got);
-    if (got < kBlock) return std::ferror(stdin) == 0;
-    if (out.size() > kMostBytes - kBlock) return false;
-  }
+  return readStandardInput([&out](std::span<const std::uint8_t> block) {
+    if (out.size() > kMostBytes - block.size()) return false;
+    out.insert(out.end(), block.begin(), block.end());
+    return true;
+  });
 }
 
 bool writeStandardOutput(std::span<const std::uint8_t> bytes) {

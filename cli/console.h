@@ -3,6 +3,8 @@
 // byte for byte.
 
 #include <cstdint>
+#include <functional>
+#include <optional>
 #include <span>
 #include <string>
 #include <vector>
@@ -21,7 +23,18 @@ bool outputIsTerminal();
 /// Reads standard input to its end; false when reading failed or there is too much of it.
 bool readStandardInput(std::vector<std::uint8_t>& out);
 
+/// Hands standard input on in blocks until its end; false when reading failed or `take` answered
+/// so.
+bool readStandardInput(const std::function<bool(std::span<const std::uint8_t>)>& take);
+
 /// Writes all bytes to standard output; false when that failed (a full disk, a closed pipe).
 bool writeStandardOutput(std::span<const std::uint8_t> bytes);
+
+/// A variable of the environment in UTF-8, if it is set.
+std::optional<std::string> environmentVariable(const std::string& name);
+
+/// Asks at the terminal for a line that is not shown while it is typed; false where there is no
+/// terminal, and when the user breaks off.
+bool promptSecret(const std::string& prompt, std::string& out);
 
 }  // namespace zantrel_cli

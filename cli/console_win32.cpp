@@ -1,3 +1,4 @@
+#include <conio.h>
 #include <fcntl.h>
 #include <io.h>
 #include <windows.h>
@@ -5,6 +6,7 @@
 #include <shellapi.h>
 
 #include <cstdio>
+#include <cstdlib>
 
 #include "console.h"
 
@@ -41,6 +43,36 @@ bool errorIsTerminal() {
 }
 bool outputIsTerminal() {
   return _isatty(_fileno(stdout)) != 0;
+}
+
+std::optional<std::string> environmentVariable(const std::string& name) {
+  const int size = MultiByteToWideChar(CP_UTF8, 0, name.c_str(), -1, nullptr, 0);
+  std::wstring wide(static_cast<std::size_t>(size), L'\0');
+  MultiByteToWideChar(CP_UTF8, 0, name.c_str(), -1, wide.data(), size);
+  const wchar_t* const value = _wgetenv(wide.c_str());
+  return value != nullptr ? std::optional<std::string>(toUtf8(value)) : std::nullopt;
+}
+
+bool promptSecret(const std::string& prompt, std::string& out) {
+  constexpr wint_t kInterruptKey = 3, kBackspace = 8, kEndOfInput = 26;
+  const HANDLE console = CreateFileW(L"CONIN$", GENERIC_READ | GENERIC_WRITE, FILE_SHARE_READ,
+                                     nullptr, OPEN_EXISTING, 0, nullptr);
+  if (console == INVALID_HANDLE_VALUE) return false;
+  CloseHandle(console);
+  _cputs(prompt.c_str());
+  std::wstring typed;
+  wint_t key = 0;
+  while ((key = _getwch()) != L'\r' && key != L'\n' && key != kEndOfInput && key != kInterruptKey &&
+         key != WEOF) {
+    if (key != kBackspace) {
+      typed += static_cast<wchar_t>(key);
+    } else if (!typed.empty()) {
+      typed.pop_back();
+    }
+  }
+  _cputs("\r\n");
+  out = toUtf8(typed.c_str());
+  return key != kInterruptKey && key != WEOF;
 }
 
 }  // namespace zantrel_cli

@@ -36,6 +36,8 @@ int main(int argc, char** argv) {
   addCharset(app, context);
   zantrel_cli::addEncode(app, context);
   zantrel_cli::addDecode(app, context);
+  zantrel_cli::addHash(app, context);
+  zantrel_cli::addHmac(app, context);
 
   try {
     std::reverse(arguments.begin(), arguments.end());

@@ -3,13 +3,7 @@
 
 Usage: cli_test.py COMMAND [ARGUMENT ...]    the command, perhaps behind an emulator
 """
-import pathlib
-import subprocess
-import sys
-import tempfile
-import unittest
-
-COMMAND = sys.argv[1:]
+from command import CommandCase, main, run
 
 JAPANESE = "吾輩は猫である。"
 RUSSIAN = "Все счастливые семьи\n"
@@ -77,20 +71,7 @@ INVOCATIONS = [
 ]
 
 
-def run(arguments, stdin=b"", folder=None):
-    return subprocess.run(COMMAND + arguments, input=stdin, capture_output=True, cwd=folder,
-                          timeout=120, check=False)
-
-
-class CommandTest(unittest.TestCase):
-    def setUp(self):
-        folder = tempfile.TemporaryDirectory()
-        self.addCleanup(folder.cleanup)
-        self.folder = pathlib.Path(folder.name)
-
-    def zantrel(self, arguments, stdin=b""):
-        return run(arguments.split(), stdin, self.folder)
-
+class CommandTest(CommandCase):
     def test_answers_each_invocation_of_the_table(self):
         for arguments, stdin, status, stdout in INVOCATIONS:
             with self.subTest(arguments=arguments):
@@ -165,8 +146,4 @@ class CommandTest(unittest.TestCase):
 
 
 if __name__ == "__main__":
-    if not COMMAND:
-        sys.exit(__doc__)
-    if "/" in COMMAND[0]:
-        COMMAND[0] = str(pathlib.Path(COMMAND[0]).absolute())
-    unittest.main(argv=sys.argv[:1])
+    main(__doc__)
