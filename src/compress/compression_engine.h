@@ -43,8 +43,8 @@ class CompressionEngine : public ZantrelObject {
 
   /// Whole sources, in constant memory. The sink is not committed.
   bool compressSource(DataSource& source, DataSink& sink, LogBase& log, ProgressMonitor* progress);
-  bool decompressSource(DataSource& source, DataSink& sink, LogBase& log,
-                        ProgressMonitor* progress);
+  virtual bool decompressSource(DataSource& source, DataSink& sink, LogBase& log,
+                                ProgressMonitor* progress);
 
   /// Decompression fails as soon as one stream would produce more bytes than this: a guard against
   /// small inputs made to fill memory or disk. 0, the default, means no limit.
