@@ -36,50 +36,46 @@ struct FastJob {
   std::uint8_t* stopAt;  ///< the loop ends behind this position, or earlier
 };
 
-/// The margins: what one turn of the loop reads and writes at most, overshoot included.
+// The margins: what one turn of the loop reads and writes at most, overshoot included.
 inline constexpr std::size_t kInputMargin = 32;
-inline constexpr std::size_t kCopyStep = 32;
-inline constexpr std::size_t kOutputMargin = 12 + 258 + 2 * kCopyStep;
+inline constexpr std::size_t kWord = 8;
+inline constexpr std::size_t kCopiedAtOnce = 5 * kWord;
+inline constexpr std::size_t kOutputMargin = 12 + 258 + kCopiedAtOnce;
 
-[[gnu::always_inline]] inline void copyStep(std::uint8_t* to, const std::uint8_t* from) noexcept {
-  std::uint8_t step[kCopyStep];
-  std::memcpy(step, from, kCopyStep);
-  std::memcpy(to, step, kCopyStep);
-}
-
+// Words, not vectors: matches often begin in what was just written, and a processor hands stored
+// bytes on to a load only if one store holds them all.
 [[gnu::always_inline]] inline void copyWord(std::uint8_t* to, const std::uint8_t* from) noexcept {
   std::uint64_t word;
   std::memcpy(&word, from, sizeof word);
   std::memcpy(to, &word, sizeof word);
+#if defined(__GNUC__)
+  __asm__("" : : : "memory");  // keeps the compiler from joining words into vectors
+#endif
 }
 
-// A match within the output. Writes up to kCopyStep bytes past its end.
+// A match within the output. Writes up to kCopiedAtOnce bytes past its end.
 [[gnu::always_inline]] inline void copyMatch(std::uint8_t* to, std::size_t distance,
                                              std::size_t length) noexcept {
   const std::uint8_t* from = to - distance;
   std::uint8_t* const end = to + length;
-  if (distance >= kCopyStep) {
-    copyStep(to, from);
-    while (length > kCopyStep) {
-      to += kCopyStep;
-      from += kCopyStep;
-      length -= kCopyStep;
-      copyStep(to, from);
-    }
-  } else if (distance == 1) {
-    const std::uint8_t byte = *from;
+  if (distance == 1) {
     do {
-      std::memset(to, byte, kCopyStep);
-      to += kCopyStep;
+      std::memset(to, *from, 4 * kWord);
+      to += 4 * kWord;
     } while (to < end);
-  } else {
-    // Each copy from the same place doubles the distance, until whole words do not overlap.
-    for (; distance < 8; distance *= 2) {
-      copyWord(to, from);
-      to += distance;
-    }
-    for (; to < end; to += 8, from += 8) copyWord(to, from);
+    return;
   }
+  // Each copy from the same place doubles the distance, until words do not overlap.
+  for (; distance < kWord; distance *= 2) {
+    copyWord(to, from);
+    to += distance;
+  }
+  do {
+    // Nearly all matches end within these, so that the loop is no matter of guessing.
+    for (std::size_t at = 0; at < kCopiedAtOnce; at += kWord) copyWord(to + at, from + at);
+    to += kCopiedAtOnce;
+    from += kCopiedAtOnce;
+  } while (to < end);
 }
 
 [[gnu::always_inline]] inline FastStop fastLoop(const FastJob& job) noexcept {
@@ -125,8 +121,8 @@ inline constexpr std::size_t kOutputMargin = 12 + 258 + 2 * kCopyStep;
     }
     if ((entry & kMatch) != 0) {
       const std::size_t length = lengthOf(entry) + extraOf(before, entry);
-      in.fillWide();
       Entry far = distances[lowBits(in.bits, kDistanceBits)];
+      in.fillWide();
       if ((far & kSpecial) != 0) [[unlikely]] {
         if ((far & kSubtable) != 0) {
           in.take(kDistanceBits);

@@ -17,7 +17,7 @@ using inflate::Output;
 namespace {
 
 // A code that serves for this much output is worth a table of pairs.
-constexpr std::size_t kPairsPayBehind = 8192;
+constexpr std::size_t kPairsPayBehind = 4096;
 
 // The trace of a stream of many empty blocks would otherwise outgrow the stream itself.
 constexpr int kMaxTraceLines = 10000;

@@ -200,12 +200,17 @@ void buildPairTable(const LiteralTable& from, PairTable& pairs) noexcept {
   // Both values stand in bits 16-31, the first at 16, the second at 24; everything else adds up.
   constexpr Entry kFirst = 0x00FFFFFF;
   constexpr Entry kSecond = 0xFF00FFFF;
-  for (std::size_t i = 0; i < pairs.size(); ++i) {
-    const Entry first = from[i];
-    const Entry second = from[i >> codeBitsOf(first)];
-    const bool joined = (first & (kMatch | kSpecial)) == 0 && (second & kSpecial) == 0 &&
-                        codeBitsOf(first) + codeBitsOf(second) <= kLiteralBits;
-    pairs[i] = joined ? (first & kFirst) + (second & kSecond) : first;
+  std::copy_n(from.begin(), pairs.size(), pairs.begin());
+  for (std::size_t code = 0; code < pairs.size() / 2; ++code) {
+    const Entry first = from[code];
+    const unsigned bits = codeBitsOf(first);
+    if ((first & (kMatch | kSpecial)) != 0 || code >= sizeOf(bits)) continue;
+    // Behind the first code, the table's own start tells what the rest of the index begins with.
+    for (std::size_t rest = 0; rest < sizeOf(kLiteralBits - bits); ++rest) {
+      const Entry second = from[rest];
+      const bool fits = (second & kSpecial) == 0 && bits + codeBitsOf(second) <= kLiteralBits;
+      pairs[code | rest << bits] = fits ? (first & kFirst) + (second & kSecond) : first;
+    }
   }
 }
 
