@@ -207,8 +207,7 @@ def write_double(folder, pages):
         has_singles = any(cell != UNDEFINED for cell in singles)
         ascii_low = singles[:0x80] == list(range(0x80))
         preferred = preferred_codes(name, mapping, chosen)
-        blocks = {(ord(text) & 0xFFFF) >> 6 for text in mapping.values()}
-        names.append((name, len(blocks) + 1))
+        names.append(name)
         rows_text = rows([f'{{{offsets[name, lead]}, {trimmed[name][lead][0]},'
                           f' {len(trimmed[name][lead][1])}}}' if lead in trimmed[name] else '{}'
                           for lead in range(256)], 5, '{},')
@@ -225,11 +224,10 @@ def write_double(folder, pages):
                    f'{f"kPreferred{name}" if preferred else "{}"}}};\n')
         size += 512 * has_singles + 8 * 256 + 2 * len(preferred)
     header = HEAD.format(sources='as in double_byte_tables.cpp') + '#pragma once\n\n'
-    header += '#include <cstddef>\n\n#include "core/charset/double_byte.h"\n\n'
+    header += '#include "core/charset/double_byte.h"\n\n'
     header += 'namespace zantrel::tables {\n\n'
-    header += ''.join(f'struct {name} {{\n  static const DoubleByteTable table;\n'
-                      f'  static constexpr std::size_t kReverseBlocks = {count};\n}};\n'
-                      for name, count in names)
+    header += ''.join(f'struct {name} {{\n  static const DoubleByteTable table;\n}};\n'
+                      for name in names)
     header += '\n}  // namespace zantrel::tables\n'
     listed = HEAD.format(sources='npm package codepage (unicode.org, Windows 7), ICU, glibc, Python')
     include = '#include "core/charset/tables/double_byte_tables.h"\n\n'

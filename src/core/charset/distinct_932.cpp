@@ -12,7 +12,6 @@ namespace {
 using tables::Page932;
 
 constexpr char16_t kFirstOwnUnit = 0xD800;
-constexpr std::size_t kMostOwnUnits = 512;
 constexpr std::size_t kMostLeads = 60;     // 81 to 9F, E0 to FC
 constexpr std::size_t kMostTrails = 0xBD;  // 40 to FC
 
@@ -54,11 +53,8 @@ const DoubleByteTable& distinct932() noexcept {
 }
 
 const DoubleByteReverse& distinct932Reverse() noexcept {
-  constexpr std::size_t kBlocks =
-      Page932::kReverseBlocks + kMostOwnUnits / DoubleByteReverse::kBlockUnits;
-  static std::uint16_t cells[kBlocks * DoubleByteReverse::kBlockUnits];
   static DoubleByteReverse reverse;
-  static const bool derived = (deriveReverse(distinct932(), cells, reverse), true);
+  static const bool derived = (deriveReverse(distinct932(), reverse), true);
   (void)derived;
   return reverse;
 }

@@ -5,8 +5,8 @@
 // invalid alone, so that the byte behind it is read afresh; a pair without a character is invalid
 // as a whole unless its trail byte is ASCII, which is kept.
 //
-// Encoding looks a unit up in two stages (see DoubleByteReverse). Characters beyond the basic plane
-// are unmappable: none of these pages has any.
+// Encoding looks a unit up in the table that is derived for the way back. Characters beyond the
+// basic plane are unmappable: none of these pages has any.
 
 #include "core/charset/double_byte.h"
 
@@ -16,30 +16,12 @@
 
 namespace zantrel {
 
-namespace {
-
-/// Gives the cell of a unit, opening its block when it is the first there.
-std::uint16_t& cellFor(char16_t unit, std::span<std::uint16_t> cells, DoubleByteReverse& reverse,
-                       std::size_t& used) noexcept {
-  std::uint16_t& at = reverse.blockAt[unit / DoubleByteReverse::kBlockUnits];
-  if (at == 0) {
-    at = static_cast<std::uint16_t>(used);
-    used += DoubleByteReverse::kBlockUnits;
-  }
-  return cells[at + unit % DoubleByteReverse::kBlockUnits];
-}
-
-}  // namespace
-
-void deriveReverse(const DoubleByteTable& table, std::span<std::uint16_t> cells,
-                   DoubleByteReverse& reverse) noexcept {
-  std::size_t used = DoubleByteReverse::kBlockUnits;  // block 0 stays empty
-  reverse.cells = cells.data();
+void deriveReverse(const DoubleByteTable& table, DoubleByteReverse& reverse) noexcept {
   reverse.asciiLow = table.asciiLow;
   const auto offer = [&](char16_t unit, unsigned code) {
     if (unit == kUndefined) return;
-    std::uint16_t& cell = cellFor(unit, cells, reverse, used);
-    if (cell == 0) cell = static_cast<std::uint16_t>(code);  // the lowest code wins
+    std::uint16_t& cell = reverse.cells[unit];
+    if (cell == 0) cell = DoubleByteReverse::swapped(code);  // the lowest code wins
   };
   if (table.single != nullptr) {
     for (unsigned byte = 0; byte < 0x100; ++byte) offer(table.single[byte], byte);
@@ -53,7 +35,7 @@ void deriveReverse(const DoubleByteTable& table, std::span<std::uint16_t> cells,
   for (const std::uint16_t code : table.preferred) {
     const char16_t unit =
         table.character(static_cast<std::uint8_t>(code >> 8), static_cast<std::uint8_t>(code));
-    cellFor(unit, cells, reverse, used) = code;
+    reverse.cells[unit] = DoubleByteReverse::swapped(code);
   }
 }
 

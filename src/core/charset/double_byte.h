@@ -38,30 +38,29 @@ struct DoubleByteTable {
   }
 };
 
-/// From code units to codes, in two stages: blocks of 64 units, block 0 empty.
+/// From code units to codes: one cell a unit. Only the memory of the rows in use is ever touched.
 struct DoubleByteReverse {
-  static constexpr std::size_t kBlockUnits = 64;
-  std::uint16_t blockAt[0x10000 / kBlockUnits];  ///< where a block's cells begin
-  const std::uint16_t* cells;
+  std::uint16_t cells[0x10000];  ///< of a code, the first byte below and the second above
   bool asciiLow;
 
   /// The code of a unit: two bytes if above 0xFF, else one; 0 if it has none (or is U+0000).
-  std::uint16_t code(char16_t unit) const noexcept {
-    return cells[blockAt[unit / kBlockUnits] + unit % kBlockUnits];
+  std::uint16_t code(char16_t unit) const noexcept { return swapped(cells[unit]); }
+
+  /// From a code to its cell, and back. A second byte never is zero.
+  static constexpr std::uint16_t swapped(unsigned code) noexcept {
+    return static_cast<std::uint16_t>(code > 0xFF ? (code << 8) | (code >> 8) : code);
   }
 };
 
-/// Fills `reverse` and its cells, which are all zero before.
-void deriveReverse(const DoubleByteTable& table, std::span<std::uint16_t> cells,
-                   DoubleByteReverse& reverse) noexcept;
+/// Fills `reverse`, which is all zero before.
+void deriveReverse(const DoubleByteTable& table, DoubleByteReverse& reverse) noexcept;
 
-/// The way back of a page: `Page::table` with `Page::kReverseBlocks` blocks. It is derived by the
-/// first caller and stays, in storage that needs no destructor and so outlives every static object.
+/// The way back of a page. It is derived by the first caller and stays, in storage that needs no
+/// destructor and so outlives every static object.
 template <class Page>
 const DoubleByteReverse& reverseOf() noexcept {
-  static std::uint16_t cells[Page::kReverseBlocks * DoubleByteReverse::kBlockUnits];
   static DoubleByteReverse reverse;
-  static const bool derived = (deriveReverse(Page::table, cells, reverse), true);
+  static const bool derived = (deriveReverse(Page::table, reverse), true);
   (void)derived;
   return reverse;
 }

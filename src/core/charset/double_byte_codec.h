@@ -69,19 +69,25 @@ class DoubleByteDecoder final : public Decoder {
     const unsigned firstBeyondAscii = table_.asciiLow ? 0x80 : 0;
     const std::uint8_t* p = in;
     char16_t* o = out;
-    while (end - p >= 2 && o != outEnd) {
-      if (p[0] < firstBeyondAscii) {
-        if (beginsAsciiRun(p, end)) break;
-        *o++ = *p++;
-        continue;
+    const auto take = [&](const std::uint8_t* stop) {
+      while (p < stop) {
+        if (p[0] < firstBeyondAscii) {
+          if (beginsAsciiRun(p, end)) return false;
+          *o++ = *p++;
+          continue;
+        }
+        const DoubleByteRow& row = rows[p[0]];
+        const unsigned cell = static_cast<unsigned>(p[1]) - row.first;
+        if (cell >= row.count) return false;
+        const char16_t unit = cells[row.offset + cell];
+        if (unit == kUndefined) return false;
+        *o++ = unit;
+        p += 2;
       }
-      const DoubleByteRow row = rows[p[0]];
-      const unsigned cell = static_cast<unsigned>(p[1]) - row.first;
-      if (cell >= row.count) break;
-      const char16_t unit = cells[row.offset + cell];
-      if (unit == kUndefined) break;
-      *o++ = unit;
-      p += 2;
+      return true;
+    };
+    // An item takes at least one byte and writes one unit, so that one bound guards both spans.
+    while (end - p >= 2 && o != outEnd && take(p + std::min(end - p - 1, outEnd - o))) {
     }
     in = p;
     out = o;
@@ -191,26 +197,26 @@ class DoubleByteEncoder final : public Encoder {
   }
 
   static bool isAsciiBlock(const char16_t* p) noexcept {
-    unsigned all = 0;
-    for (std::ptrdiff_t i = 0; i < kBlockUnits; ++i) all |= p[i];
-    return all < 0x80;
+    std::uint64_t words[kBlockUnits * sizeof *p / sizeof(std::uint64_t)];
+    std::memcpy(words, p, sizeof words);
+    return ((words[0] | words[1] | words[2] | words[3]) & 0xFF80FF80FF80FF80u) == 0;
   }
 
   /// Encodes a block without branches: two bytes are stored for every unit, of which the second is
   /// overwritten where the code is single. False, with nothing taken, when a unit has no code of
   /// one or two bytes or is U+0000.
   bool encodeBlock(const char16_t* p, std::uint8_t*& out) const noexcept {
+    const std::uint16_t* const cells = reverse_.cells;  // the bytes written may alias reverse_
     std::uint8_t* o = out;
-    bool bad = false;
+    std::uint32_t missing = 0;
     for (std::ptrdiff_t i = 0; i < kBlockUnits; ++i) {
-      const std::uint32_t code = reverse_.code(p[i]);
-      const std::uint32_t wide = code > 0xFF;
-      o[0] = static_cast<std::uint8_t>((code >> 8) | (code & (wide - 1)));
-      o[1] = static_cast<std::uint8_t>(code);
-      o += 1 + wide;
-      bad |= code == 0;
+      const std::uint32_t cell = cells[p[i]];
+      o[0] = static_cast<std::uint8_t>(cell);
+      o[1] = static_cast<std::uint8_t>(cell >> 8);
+      o += 1 + ((cell + 0xFF00) >> 16);  // two if above 0xFF; compilers make a branch of ?:
+      missing |= cell - 1;               // 0 alone borrows from the highest bit
     }
-    if (bad) return false;
+    if (missing >> 31 != 0) return false;
     out = o;
     return true;
   }
@@ -223,11 +229,10 @@ class DoubleByteEncoder final : public Encoder {
     std::uint8_t* o = out;
     const auto most = std::min(end - p, (outEnd - o) / 2);
     for (const char16_t* const stop = p + most; p != stop; ++p) {
-      const std::uint16_t code = cells[reverse_.blockAt[*p / DoubleByteReverse::kBlockUnits] +
-                                       *p % DoubleByteReverse::kBlockUnits];
-      if (code < 0x100) break;
-      o[0] = static_cast<std::uint8_t>(code >> 8);
-      o[1] = static_cast<std::uint8_t>(code);
+      const std::uint16_t cell = cells[*p];
+      if (cell < 0x100) break;
+      o[0] = static_cast<std::uint8_t>(cell);
+      o[1] = static_cast<std::uint8_t>(cell >> 8);
       o += 2;
     }
     in = p;

@@ -11,6 +11,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cstring>
 
 #include "core/charset/escape_sequence.h"
 #include "core/charset/iso2022_jp.h"
@@ -43,6 +44,10 @@ constexpr std::array<EscapeSequence<Set>, 12> kSequences = {{
     {"$A", Set::Gb2312},
     {"$(C", Set::KsX1001},
 }};
+
+// What most of a text consists of.
+constexpr std::string_view kToJis0208 = "\x1B$B";
+constexpr std::string_view kToAscii = "\x1B(B";
 
 /// JIS X 0208 as the bytes of a text number it.
 class JisPlane {
@@ -94,10 +99,14 @@ class Iso2022JpDecoder final : public Decoder {
   CodecResult decode(ByteSpan in, bool last, std::span<char16_t> out) override {
     CodecResult result;
     do {
-      if (!shiftedOut_ && set_ == Set::Jis0208) {
+      // Texts go to and fro between two sets, so that one turn mostly does both.
+      if (current_ == Set::Jis0208) {
         readPairs(in, out, result);
-      } else if (!shiftedOut_ && set_ == Set::Ascii) {
+        takeEscape(in, kToAscii, Set::Ascii, result);
+      }
+      if (current_ == Set::Ascii) {
         readAscii(in, out, result);
+        takeEscape(in, kToJis0208, Set::Jis0208, result);
       }
     } while (result.consumed < in.size() && readItem(in, last, out, result));
     return result;
@@ -109,6 +118,14 @@ class Iso2022JpDecoder final : public Decoder {
   }
 
  private:
+  /// Obeys an escape sequence if it is what follows.
+  void takeEscape(ByteSpan in, std::string_view sequence, Set set, CodecResult& result) noexcept {
+    if (asText(in.subspan(result.consumed)).starts_with(sequence)) {
+      result.consumed += sequence.size();
+      select(set, shiftedOut_);
+    }
+  }
+
   /// Pairs of JIS X 0208, up to the first byte or pair that is something else.
   void readPairs(ByteSpan in, std::span<char16_t> out, CodecResult& result) const noexcept {
     const std::size_t most =
@@ -129,20 +146,32 @@ class Iso2022JpDecoder final : public Decoder {
     return byte < 0x80 && byte != kEsc && byte != kShiftOut && byte != kShiftIn;
   }
 
+  /// Whether eight bytes are ASCII without a control (a byte below 20 borrows into its high bit).
+  static bool isPrintableWord(const std::uint8_t* p) noexcept {
+    constexpr std::uint64_t kHighBits = 0x8080808080808080u;
+    constexpr std::uint64_t kBlanks = 0x2020202020202020u;
+    std::uint64_t word;
+    std::memcpy(&word, p, sizeof word);
+    return (((word - kBlanks) | word) & kHighBits) == 0;
+  }
+
   /// ASCII, up to the first byte that shifts or does not belong to it.
   static void readAscii(ByteSpan in, std::span<char16_t> out, CodecResult& result) noexcept {
-    constexpr std::size_t kBlock = 16;
     const std::size_t most = std::min(in.size() - result.consumed, out.size() - result.produced);
     const std::uint8_t* const p = in.data() + result.consumed;
     char16_t* const o = out.data() + result.produced;
     std::size_t i = 0;
-    for (; most - i >= kBlock; i += kBlock) {
-      bool plain = true;
-      for (std::size_t k = 0; k < kBlock; ++k) plain &= isPlain(p[i + k]);
-      if (!plain) break;
-      for (std::size_t k = 0; k < kBlock; ++k) o[i + k] = p[i + k];
+    while (i < most) {
+      if (most - i >= sizeof(std::uint64_t) && isPrintableWord(p + i)) {
+        for (std::size_t k = 0; k < sizeof(std::uint64_t); ++k) o[i + k] = p[i + k];
+        i += sizeof(std::uint64_t);
+      } else if (isPlain(p[i])) {
+        o[i] = p[i];
+        ++i;
+      } else {
+        break;
+      }
     }
-    for (; i < most && isPlain(p[i]); ++i) o[i] = p[i];
     result.consumed += i;
     result.produced += i;
   }
@@ -155,12 +184,12 @@ class Iso2022JpDecoder final : public Decoder {
     if (rest[0] == kEsc) {
       const auto* sequence = findEscape<Set>(kSequences, rest, partial);
       if (sequence != nullptr) {
-        if (sequence->meaning != Set::Unchanged) set_ = sequence->meaning;
+        if (sequence->meaning != Set::Unchanged) select(sequence->meaning, shiftedOut_);
         result.consumed += 1 + sequence->bytes.size();
         return true;
       }
     } else if (rest[0] == kShiftOut || rest[0] == kShiftIn) {
-      shiftedOut_ = rest[0] == kShiftOut;
+      select(set_, rest[0] == kShiftOut);
       ++result.consumed;
       return true;
     }
@@ -188,21 +217,27 @@ class Iso2022JpDecoder final : public Decoder {
     const std::uint8_t byte = rest[0];
     if (byte >= 0x80) return byte >= 0xA1 && byte <= 0xDF ? kana(byte - 0x80u) : kUndefined;
     if (!isGraphic(byte)) return byte == kEsc ? kUndefined : byte;
-    if (shiftedOut_ || set_ == Set::Kana) return byte > kLastKanaByte ? kUndefined : kana(byte);
-    if (set_ == Set::Ascii) return byte;
+    if (current_ == Set::Kana) return byte > kLastKanaByte ? kUndefined : kana(byte);
+    if (current_ == Set::Ascii) return byte;
     partial = rest.size() == 1;
     if (partial || !isGraphic(rest[1])) return kUndefined;
     length = 2;
-    return set_ == Set::Jis0208 ? plane_->character(byte, rest[1])
-                                : foreignCharacter(set_, byte, rest[1]);
+    return current_ == Set::Jis0208 ? plane_->character(byte, rest[1])
+                                    : foreignCharacter(current_, byte, rest[1]);
+  }
+  void select(Set set, bool shiftedOut) noexcept {
+    set_ = set;
+    shiftedOut_ = shiftedOut;
+    current_ = shiftedOut ? Set::Kana : set;
   }
   static char16_t kana(unsigned byte) noexcept {
     return static_cast<char16_t>(kFirstKana + (byte - kFirstGraphic));
   }
 
   const JisPlane* plane_;
-  Set set_ = Set::Ascii;
+  Set set_ = Set::Ascii;  // that the last escape sequence chose
   bool shiftedOut_ = false;
+  Set current_ = Set::Ascii;  // what follows from the two
 };
 
 }  // namespace

@@ -2,143 +2,108 @@
 // Sources: as in double_byte_tables.cpp.
 #pragma once
 
-#include <cstddef>
-
 #include "core/charset/double_byte.h"
 
 namespace zantrel::tables {
 
 struct Page932 {
   static const DoubleByteTable table;
-  static constexpr std::size_t kReverseBlocks = 394;
 };
 struct Page936 {
   static const DoubleByteTable table;
-  static constexpr std::size_t kReverseBlocks = 411;
 };
 struct Page949 {
   static const DoubleByteTable table;
-  static constexpr std::size_t kReverseBlocks = 550;
 };
 struct Page950 {
   static const DoubleByteTable table;
-  static constexpr std::size_t kReverseBlocks = 453;
 };
 struct Page1361 {
   static const DoubleByteTable table;
-  static constexpr std::size_t kReverseBlocks = 552;
 };
 struct Page10001 {
   static const DoubleByteTable table;
-  static constexpr std::size_t kReverseBlocks = 394;
 };
 struct Page10002 {
   static const DoubleByteTable table;
-  static constexpr std::size_t kReverseBlocks = 447;
 };
 struct Page10003 {
   static const DoubleByteTable table;
-  static constexpr std::size_t kReverseBlocks = 548;
 };
 struct Page10008 {
   static const DoubleByteTable table;
-  static constexpr std::size_t kReverseBlocks = 349;
 };
 struct Page20000 {
   static const DoubleByteTable table;
-  static constexpr std::size_t kReverseBlocks = 420;
 };
 struct Page20001 {
   static const DoubleByteTable table;
-  static constexpr std::size_t kReverseBlocks = 453;
 };
 struct Page20002 {
   static const DoubleByteTable table;
-  static constexpr std::size_t kReverseBlocks = 382;
 };
 struct Page20003 {
   static const DoubleByteTable table;
-  static constexpr std::size_t kReverseBlocks = 441;
 };
 struct Page20004 {
   static const DoubleByteTable table;
-  static constexpr std::size_t kReverseBlocks = 349;
 };
 struct Page20005 {
   static const DoubleByteTable table;
-  static constexpr std::size_t kReverseBlocks = 435;
 };
 struct Page20261 {
   static const DoubleByteTable table;
-  static constexpr std::size_t kReverseBlocks = 15;
 };
 struct Page20932 {
   static const DoubleByteTable table;
-  static constexpr std::size_t kReverseBlocks = 399;
 };
 struct Page20936 {
   static const DoubleByteTable table;
-  static constexpr std::size_t kReverseBlocks = 349;
 };
 struct Page20949 {
   static const DoubleByteTable table;
-  static constexpr std::size_t kReverseBlocks = 548;
 };
 struct Page51932 {
   static const DoubleByteTable table;
-  static constexpr std::size_t kReverseBlocks = 365;
 };
 struct Page54936 {
   static const DoubleByteTable table;
-  static constexpr std::size_t kReverseBlocks = 440;
 };
 struct EbcdicJapanese {
   static const DoubleByteTable table;
-  static constexpr std::size_t kReverseBlocks = 424;
 };
 struct EbcdicKorean {
   static const DoubleByteTable table;
-  static constexpr std::size_t kReverseBlocks = 578;
 };
 struct EbcdicChinese {
   static const DoubleByteTable table;
-  static constexpr std::size_t kReverseBlocks = 377;
 };
 struct EbcdicTaiwanese {
   static const DoubleByteTable table;
-  static constexpr std::size_t kReverseBlocks = 462;
 };
 struct Page51950 {
   static const DoubleByteTable table;
-  static constexpr std::size_t kReverseBlocks = 355;
 };
 struct CnsPlane2 {
   static const DoubleByteTable table;
-  static constexpr std::size_t kReverseBlocks = 323;
 };
 struct CnsPlane3 {
   static const DoubleByteTable table;
-  static constexpr std::size_t kReverseBlocks = 448;
 };
 struct CnsPlane4 {
   static const DoubleByteTable table;
-  static constexpr std::size_t kReverseBlocks = 665;
 };
 struct CnsPlane5 {
   static const DoubleByteTable table;
-  static constexpr std::size_t kReverseBlocks = 674;
 };
 struct CnsPlane6 {
   static const DoubleByteTable table;
-  static constexpr std::size_t kReverseBlocks = 495;
 };
 struct CnsPlane7 {
   static const DoubleByteTable table;
-  static constexpr std::size_t kReverseBlocks = 506;
 };
 struct CnsPlane15 {
   static const DoubleByteTable table;
-  static constexpr std::size_t kReverseBlocks = 662;
 };
 
 }  // namespace zantrel::tables
