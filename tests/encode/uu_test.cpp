@@ -1,6 +1,10 @@
 #include "core/encode/uu.h"
 
+#include <algorithm>
+
 #include "encode/encode_test_support.h"
+#include "support/cpu_paths.h"
+#include "support/test_data.h"
 
 namespace zantrel::test {
 namespace {
@@ -41,6 +45,60 @@ TEST(UuTest, ReadsBackBytesModeAndName) {
   for (const std::size_t size : {0U, 1U, 2U, 3U, 44U, 45U, 46U, 90U, 5000U}) {
     const std::string in = randomText(random, size);
     EXPECT_EQ(unuu(uu(in, "755", "my file.bin")), (Block{in, "755", "my file.bin"}));
+  }
+}
+
+// The historical algorithm, a character at a time.
+std::string slowLines(std::string_view in) {
+  std::string out;
+  const auto put = [&out](unsigned value) {
+    out += value == 0 ? '`' : static_cast<char>(value + 32);
+  };
+  for (; !in.empty(); in.remove_prefix(std::min<std::size_t>(in.size(), 45))) {
+    std::string line(in.substr(0, 45));
+    put(static_cast<unsigned>(line.size()));
+    line.resize((line.size() + 2) / 3 * 3);
+    unsigned bits = 0;
+    for (std::size_t i = 0; i < line.size(); ++i) {
+      bits = bits << 8 | static_cast<unsigned char>(line[i]);
+      if (i % 3 != 2) continue;
+      for (int shift = 18; shift >= 0; shift -= 6) put(bits >> shift & 63);
+      bits = 0;
+    }
+    out += "\r\n";
+  }
+  return out;
+}
+
+TEST(UuTest, EveryCpuPathWritesAndReadsTheSameAtEachLength) {
+  std::mt19937 random(9);
+  const std::string bytes = randomText(random, 700);
+  for (std::size_t size = 0; size <= bytes.size(); ++size) {
+    const std::string in = bytes.substr(bytes.size() - size);
+    const std::string text = "begin 644 file.dat\r\n" + slowLines(in) + "`\r\nend\r\n";
+    onEachCpuPath([&] {
+      ASSERT_EQ(uu(in), text) << size;
+      ASSERT_EQ(unuu(text).bytes, in) << size;
+    });
+  }
+}
+
+TEST(UuTest, EveryCpuPathReadsAnyLineAlike) {
+  std::mt19937 random(10);
+  for (int round = 0; round < 300; ++round) {
+    std::string text = "begin 644 x\n";
+    for (int line = 0; line < 8; ++line) {
+      const auto count = 1 + static_cast<unsigned>(random()) % 63;
+      text += static_cast<char>(32 + count);
+      // Whole, or cut short; any byte counts as a digit.
+      std::string data =
+          randomText(random, random() % 3 == 0 ? random() % 90 : (count + 2) / 3 * 4);
+      for (char& c : data) c = c == '\n' || c == '\r' ? ' ' : c;
+      text += data + "\n";
+    }
+    std::vector<std::string> results;
+    onEachCpuPath([&] { results.push_back(unuu(text).bytes); });
+    for (const std::string& result : results) ASSERT_EQ(result, results.front()) << hex(text);
   }
 }
 

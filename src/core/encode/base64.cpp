@@ -12,6 +12,7 @@
 #include <array>
 #include <cstring>
 
+#include "core/byte_order.h"
 #include "core/data_buffer.h"
 #include "core/encode/base64_kernels.h"
 #include "core/encode/buffer_fill.h"
@@ -61,18 +62,11 @@ constexpr auto kWords = [] {
   return words;
 }();
 
-// Written so that compilers make one load and one byte swap of it.
-std::uint64_t loadBigEndian64(const std::uint8_t* p) noexcept {
-  return std::uint64_t{p[0]} << 56 | std::uint64_t{p[1]} << 48 | std::uint64_t{p[2]} << 40 |
-         std::uint64_t{p[3]} << 32 | std::uint64_t{p[4]} << 24 | std::uint64_t{p[5]} << 16 |
-         std::uint64_t{p[6]} << 8 | p[7];
-}
-
 std::size_t encodePortable(const std::uint8_t* in, std::size_t size, char* out) noexcept {
   const char* const start = out;
   std::size_t i = 0;
   for (; i + 8 <= size; i += 6, out += 8) {
-    const std::uint64_t bits = loadBigEndian64(in + i);
+    const auto bits = loadWord<std::uint64_t, std::endian::big>(in + i);
     const auto pair = [bits](int shift) {
       return kPairs[static_cast<std::size_t>(bits >> shift & 4095)].c;
     };
@@ -100,31 +94,31 @@ std::size_t encodePortable(const std::uint8_t* in, std::size_t size, char* out) 
   return static_cast<std::size_t>(out - start);
 }
 
-std::uint32_t groupWord(const char* in) noexcept {
-  const auto at = [in](std::size_t k) { return kWords[k][static_cast<unsigned char>(in[k])]; };
-  return at(0) | at(1) | at(2) | at(3);
-}
-
-void storeGroup(std::uint32_t word, std::uint8_t* out) noexcept {
-  out[0] = static_cast<std::uint8_t>(word);
-  out[1] = static_cast<std::uint8_t>(word >> 8);
-  out[2] = static_cast<std::uint8_t>(word >> 16);
+// The bits of a group whose characters are the lowest four bytes of `text`, in memory order.
+std::uint32_t groupBits(std::uint64_t text) noexcept {
+  return kWords[0][text & 0xFF] | kWords[1][text >> 8 & 0xFF] | kWords[2][text >> 16 & 0xFF] |
+         kWords[3][text >> 24 & 0xFF];
 }
 
 // Groups of four without anything to skip; stops in front of the first group that has.
-DecodeProgress decodeCleanGroups(const char* in, std::size_t size, std::uint8_t* out) noexcept {
+DecodeProgress decodeGroupsPortable(const char* in, std::size_t size, std::uint8_t* out) noexcept {
   std::size_t i = 0;
-  for (; i + 8 <= size; i += 8, out += 6) {
-    const std::uint32_t first = groupWord(in + i);
-    const std::uint32_t second = groupWord(in + i + 4);
+  // Each step writes eight bytes of which six count; the group behind gives the others room.
+  for (; size - i >= 12; i += 8, out += 6) {
+    const auto text =
+        loadWord<std::uint64_t, std::endian::little>(reinterpret_cast<const std::uint8_t*>(in) + i);
+    const std::uint32_t first = groupBits(text);
+    const std::uint32_t second = groupBits(text >> 32);
     if (((first | second) & kUnclean) != 0) break;
-    storeGroup(first, out);
-    storeGroup(second, out + 3);
+    storeWord<std::endian::little>(first | std::uint64_t{second} << 24, out);
   }
-  for (; i + 4 <= size; i += 4, out += 3) {
-    const std::uint32_t word = groupWord(in + i);
-    if ((word & kUnclean) != 0) break;
-    storeGroup(word, out);
+  for (; size - i >= 4; i += 4, out += 3) {
+    const std::uint32_t bits = groupBits(loadWord<std::uint32_t, std::endian::little>(
+        reinterpret_cast<const std::uint8_t*>(in) + i));
+    if ((bits & kUnclean) != 0) break;
+    out[0] = static_cast<std::uint8_t>(bits);
+    out[1] = static_cast<std::uint8_t>(bits >> 8);
+    out[2] = static_cast<std::uint8_t>(bits >> 16);
   }
   return {i, i / 4 * 3, false};
 }
@@ -135,13 +129,15 @@ struct PartialGroup {
   unsigned count = 0;
 };
 
-// Character by character, up to the end of the next complete group.
+// Character by character, up to the end of the next complete group, or to the next character that
+// counts where a group starts behind some that do not.
 DecodeProgress decodeOneGroup(const char* in, std::size_t size, PartialGroup& group,
                               std::uint8_t* out) noexcept {
   for (std::size_t i = 0; i < size; ++i) {
     const std::uint8_t value = kValues[static_cast<unsigned char>(in[i])];
     if (value == kStop) return {i, 0, true};
     if (value == kSkip) continue;
+    if (group.count == 0 && i > 0) return {i, 0, false};
     group.bits = group.bits << 6 | value;
     if (++group.count < 4) continue;
     out[0] = static_cast<std::uint8_t>(group.bits >> 16);
@@ -172,8 +168,8 @@ struct Paths {
   std::size_t (*encode)(const std::uint8_t* in, std::size_t size, char* out) noexcept = nullptr;
   std::size_t (*encodeLines)(const std::uint8_t* in, std::size_t size, std::size_t lineBytes,
                              char* out) noexcept = nullptr;
-  DecodeProgress (*decodeClean)(const char* in, std::size_t size,
-                                std::uint8_t* out) noexcept = decodeCleanGroups;
+  DecodeProgress (*decodeGroups)(const char* in, std::size_t size,
+                                 std::uint8_t* out) noexcept = nullptr;
   std::size_t (*decodeAll)(const char* in, std::size_t size, std::uint8_t* out) noexcept = nullptr;
 };
 
@@ -188,7 +184,7 @@ Paths choosePaths() noexcept {
   } else if (cpu.avx2) {
     paths.encode = base64::encodeAvx2;
     paths.encodeLines = base64::encodeLinesAvx2;
-    paths.decodeClean = base64::decodeCleanAvx2;
+    paths.decodeGroups = base64::decodeGroupsAvx2;
   }
 #endif
   return paths;
@@ -259,8 +255,8 @@ std::size_t base64Decode(std::string_view in, std::uint8_t* out) noexcept {
   };
   while (left > 0) {
     if (group.count == 0) {
-      advance(paths.decodeClean(p, left, out));
-      advance(decodeCleanGroups(p, left, out));
+      if (paths.decodeGroups != nullptr) advance(paths.decodeGroups(p, left, out));
+      advance(decodeGroupsPortable(p, left, out));
     }
     if (!advance(decodeOneGroup(p, left, group, out))) break;
   }

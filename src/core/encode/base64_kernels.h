@@ -44,8 +44,9 @@ std::size_t encodeLinesAvx2(const std::uint8_t* in, std::size_t size, std::size_
 std::size_t encodeLinesAvx512(const std::uint8_t* in, std::size_t size, std::size_t lineBytes,
                               char* out) noexcept;
 
-/// Decodes groups of four up to the first block that holds anything but digits of the alphabet.
-DecodeProgress decodeCleanAvx2(const char* in, std::size_t size, std::uint8_t* out) noexcept;
+/// Decodes groups of four, with a CRLF between any two, up to the first that holds anything but
+/// digits of the alphabet, or to the last ones of the text.
+DecodeProgress decodeGroupsAvx2(const char* in, std::size_t size, std::uint8_t* out) noexcept;
 /// Decodes the whole text by the whole rule and returns the bytes written.
 std::size_t decodeAvx512(const char* in, std::size_t size, std::uint8_t* out) noexcept;
 #endif

@@ -1,8 +1,7 @@
 // Base64 on vectors.
 //
-// AVX2: the method of Mula and Lemire, "Faster Base64 Encoding and Decoding using AVX2
-// Instructions" (ACM Transactions on the Web, 2018): multiplications move the six-bit fields into
-// place, byte shuffles serve as tables. AVX-512 VBMI: one permutation places the bytes, one
+// AVX2: multiplications move the six-bit fields into place (six_bits_x86.h), byte shuffles serve as
+// tables. AVX-512 VBMI: one permutation places the bytes, one
 // multishift cuts the fields, one permutation is the alphabet; the other way, a table of 128
 // entries in two registers maps characters to values.
 //
@@ -17,35 +16,20 @@
 #include <array>
 #include <cstring>
 
-#include "platform/x86_intrinsics.h"
+#include "core/encode/six_bits_x86.h"
 
 namespace zantrel::base64 {
 namespace {
 
 // --- AVX2 ---
 
-ZT_TARGET_AVX2 inline __m256i lanes(const void* p) noexcept {
-  return _mm256_broadcastsi128_si256(_mm_loadu_si128(static_cast<const __m128i*>(p)));
-}
+using six_bits::inBothHalves;
 
-// In each 128-bit lane 12 bytes, spread so that every 32 bits hold the three bytes of one group as
-// b1 b0 b2 b1, become 16 six-bit values.
-ZT_TARGET_AVX2 inline __m256i cutFields(__m256i groups) noexcept {
-  const __m256i odd = _mm256_mulhi_epu16(_mm256_and_si256(groups, _mm256_set1_epi32(0x0FC0FC00)),
-                                         _mm256_set1_epi32(0x04000040));
-  const __m256i even = _mm256_mullo_epi16(_mm256_and_si256(groups, _mm256_set1_epi32(0x003F03F0)),
-                                          _mm256_set1_epi32(0x01000010));
-  return _mm256_or_si256(odd, even);
-}
-
-// Offset from value to character, by a class of the value: 13 for A..Z, 0 for a..z, 1..10 for the
-// digits, 11 and 12 for "+" and "/".
+// Offset from value to character, by a class of the value: 0 for A..Z, 1 for a..z, 2..11 for the
+// digits, 12 and 13 for "+" and "/".
 alignas(16) constexpr char kEncodeOffsets[16] = {
-    'a' - 26, '0' - 52, '0' - 52, '0' - 52, '0' - 52, '0' - 52, '0' - 52, '0' - 52,
-    '0' - 52, '0' - 52, '0' - 52, '+' - 62, '/' - 63, 'A',      0,        0};
-
-alignas(16) constexpr std::uint8_t kSpread[16] = {1, 0, 2, 1, 4,  3, 5,  4,
-                                                  7, 6, 8, 7, 10, 9, 11, 10};
+    'A',      'a' - 26, '0' - 52, '0' - 52, '0' - 52, '0' - 52, '0' - 52, '0' - 52,
+    '0' - 52, '0' - 52, '0' - 52, '0' - 52, '+' - 62, '/' - 63, 0,        0};
 
 // Tables by high and low nibble: a character is a digit of the alphabet when the two entries share
 // no bit. Offsets from character to value by high nibble, with "/" moved to entry 1.
@@ -55,32 +39,49 @@ alignas(16) constexpr std::uint8_t kClassByHigh[16] = {
     0x10, 0x10, 0x01, 0x02, 0x04, 0x08, 0x04, 0x08, 0x10, 0x10, 0x10, 0x10, 0x10, 0x10, 0x10, 0x10};
 alignas(16) constexpr signed char kDecodeOffsets[16] = {0, 16, 19, 4, -65, -65, -71, -71,
                                                         0, 0,  0,  0, 0,   0,   0,   0};
-alignas(16) constexpr signed char kGather[16] = {2, 1,  0,  6,  5,  4,  10, 9,
-                                                 8, 14, 13, 12, -1, -1, -1, -1};
 
-// Encodes 24 bytes a step, read as 16 + 16 at a distance of 12.
 class EncoderAvx2 {
  public:
-  static constexpr std::size_t kStep = 24;
-  static constexpr std::size_t kReads = 28;
+  static constexpr std::size_t kStep = six_bits::kBytes;
+  static constexpr std::size_t kReads = six_bits::kReads;
 
-  ZT_TARGET_AVX2 EncoderAvx2() noexcept
-      : spread_(lanes(kSpread)), offsets_(lanes(kEncodeOffsets)) {}
+  ZT_TARGET_AVX2 EncoderAvx2() noexcept : offsets_(inBothHalves(kEncodeOffsets)) {}
 
   ZT_TARGET_AVX2 void step(const std::uint8_t* in, char* out) const noexcept {
-    const __m128i low = _mm_loadu_si128(reinterpret_cast<const __m128i*>(in));
-    const __m128i high = _mm_loadu_si128(reinterpret_cast<const __m128i*>(in + 12));
-    const __m256i bytes = _mm256_inserti128_si256(_mm256_castsi128_si256(low), high, 1);
-    const __m256i values = cutFields(_mm256_shuffle_epi8(bytes, spread_));
-    const __m256i capital = _mm256_cmpgt_epi8(_mm256_set1_epi8(26), values);
-    const __m256i kinds = _mm256_or_si256(_mm256_subs_epu8(values, _mm256_set1_epi8(51)),
-                                          _mm256_and_si256(capital, _mm256_set1_epi8(13)));
+    const __m256i values = six_bits::cut(in);
+    const __m256i beyondCapitals = _mm256_cmpgt_epi8(values, _mm256_set1_epi8(25));  // -1 each
+    const __m256i kinds =
+        _mm256_sub_epi8(_mm256_subs_epu8(values, _mm256_set1_epi8(51)), beyondCapitals);
     const __m256i text = _mm256_add_epi8(values, _mm256_shuffle_epi8(offsets_, kinds));
     _mm256_storeu_si256(reinterpret_cast<__m256i*>(out), text);
   }
 
  private:
-  __m256i spread_;
+  __m256i offsets_;
+};
+
+// Values of 32 characters, and whether all are digits of the alphabet.
+class DecoderAvx2 {
+ public:
+  ZT_TARGET_AVX2 DecoderAvx2() noexcept
+      : classByLow_(inBothHalves(kClassByLow)),
+        classByHigh_(inBothHalves(kClassByHigh)),
+        offsets_(inBothHalves(kDecodeOffsets)) {}
+
+  /// `strays` is zero in the bytes of digits, and in no others.
+  ZT_TARGET_AVX2 __m256i values(const char* in, __m256i& strays) const noexcept {
+    const __m256i text = _mm256_loadu_si256(reinterpret_cast<const __m256i*>(in));
+    const __m256i slash = _mm256_set1_epi8('/');  // 2F: also a mask that leaves a low nibble
+    const __m256i highNibbles = _mm256_and_si256(_mm256_srli_epi32(text, 4), slash);
+    strays = _mm256_and_si256(_mm256_shuffle_epi8(classByLow_, _mm256_and_si256(text, slash)),
+                              _mm256_shuffle_epi8(classByHigh_, highNibbles));
+    const __m256i rows = _mm256_add_epi8(_mm256_cmpeq_epi8(text, slash), highNibbles);
+    return _mm256_add_epi8(text, _mm256_shuffle_epi8(offsets_, rows));
+  }
+
+ private:
+  __m256i classByLow_;
+  __m256i classByHigh_;
   __m256i offsets_;
 };
 
@@ -232,10 +233,14 @@ class LenientDecoder {
 
 ZT_TARGET_AVX2 std::size_t encodeAvx2(const std::uint8_t* in, std::size_t size,
                                       char* out) noexcept {
+  constexpr std::size_t kStep = EncoderAvx2::kStep;
   const EncoderAvx2 encoder;
   std::size_t i = 0;
-  for (; size - i >= EncoderAvx2::kReads; i += EncoderAvx2::kStep, out += 32)
+  for (; size - i >= kStep + EncoderAvx2::kReads; i += 2 * kStep, out += 64) {
     encoder.step(in + i, out);
+    encoder.step(in + i + kStep, out + 32);
+  }
+  for (; size - i >= EncoderAvx2::kReads; i += kStep, out += 32) encoder.step(in + i, out);
   return i;
 }
 
@@ -291,30 +296,35 @@ ZT_TARGET_AVX512 std::size_t encodeLinesAvx512(const std::uint8_t* in, std::size
   return i;
 }
 
-ZT_TARGET_AVX2 DecodeProgress decodeCleanAvx2(const char* in, std::size_t size,
-                                              std::uint8_t* out) noexcept {
-  const __m256i classByLow = lanes(kClassByLow);
-  const __m256i classByHigh = lanes(kClassByHigh);
-  const __m256i offsets = lanes(kDecodeOffsets);
-  const __m256i gather = lanes(kGather);
-  const __m256i slash = _mm256_set1_epi8('/');
+ZT_TARGET_AVX2 DecodeProgress decodeGroupsAvx2(const char* in, std::size_t size,
+                                               std::uint8_t* out) noexcept {
+  const std::uint8_t* const start = out;
+  const DecoderAvx2 decoder;
   std::size_t i = 0;
-  // Each step writes 32 bytes of which 24 count; the 12 characters more give the other 8 room.
-  for (; size - i >= 44; i += 32, out += 24) {
-    const __m256i text = _mm256_loadu_si256(reinterpret_cast<const __m256i*>(in + i));
-    const __m256i highNibbles = _mm256_and_si256(_mm256_srli_epi32(text, 4), slash);
-    const __m256i lowClass = _mm256_shuffle_epi8(classByLow, _mm256_and_si256(text, slash));
-    const __m256i highClass = _mm256_shuffle_epi8(classByHigh, highNibbles);
-    if (_mm256_testz_si256(lowClass, highClass) == 0) break;
-    const __m256i rows = _mm256_add_epi8(_mm256_cmpeq_epi8(text, slash), highNibbles);
-    const __m256i values = _mm256_add_epi8(text, _mm256_shuffle_epi8(offsets, rows));
-    const __m256i pairs = _mm256_maddubs_epi16(values, _mm256_set1_epi32(0x01400140));
-    const __m256i groups = _mm256_madd_epi16(pairs, _mm256_set1_epi32(0x00011000));
-    const __m256i bytes = _mm256_permutevar8x32_epi32(_mm256_shuffle_epi8(groups, gather),
-                                                      _mm256_setr_epi32(0, 1, 2, 4, 5, 6, 6, 6));
-    _mm256_storeu_si256(reinterpret_cast<__m256i*>(out), bytes);
+  while (size - i >= six_bits::kValues) {
+    __m256i strays;
+    const __m256i values = decoder.values(in + i, strays);
+    // A step writes 32 bytes of which 24 count; 12 characters more give the other 8 room.
+    if (size - i >= six_bits::kValues + 12) {
+      six_bits::join(values, out);
+    } else {
+      std::uint8_t joined[32];
+      six_bits::join(values, joined);
+      std::memcpy(out, joined, six_bits::kBytes);
+    }
+    if (_mm256_testz_si256(strays, strays) != 0) {
+      i += six_bits::kValues;
+      out += six_bits::kBytes;
+      continue;
+    }
+    const __m256i digits = _mm256_cmpeq_epi8(strays, _mm256_setzero_si256());
+    const std::size_t groups = _tzcnt_u32(~static_cast<unsigned>(_mm256_movemask_epi8(digits))) / 4;
+    i += groups * 4;
+    out += groups * 3;
+    if (in[i] != '\r' || in[i + 1] != '\n') break;
+    i += 2;
   }
-  return {i, i / 4 * 3, false};
+  return {i, static_cast<std::size_t>(out - start), false};
 }
 
 ZT_TARGET_AVX512 std::size_t decodeAvx512(const char* in, std::size_t size,

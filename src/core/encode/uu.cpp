@@ -11,13 +11,16 @@
 
 #include "core/data_buffer.h"
 #include "core/encode/buffer_fill.h"
+#include "core/encode/uu_kernels.h"
 #include "core/string_buffer.h"
 
 namespace zantrel {
 namespace {
 
-constexpr std::size_t kBytesPerLine = 45;
-constexpr std::size_t kMaxLineCount = 63;
+using uu::kBytesPerLine;
+using uu::kMaxLineCount;
+
+constexpr std::size_t kCharsPerLine = 1 + kBytesPerLine / 3 * 4 + 2;  // with count and CRLF
 
 constexpr char digit(std::uint32_t value) noexcept {
   return value == 0 ? '`' : static_cast<char>(32 + value);
@@ -40,15 +43,42 @@ char* encodeLine(ByteSpan in, char* out) noexcept {
   return out;
 }
 
-std::size_t decodeLine(std::string_view line, std::uint8_t* out) noexcept {
-  const std::size_t count = digitValue(line[0]);
-  for (std::size_t done = 0, i = 1; done < count; i += 4) {
-    const auto at = [&](std::size_t k) { return k < line.size() ? digitValue(line[k]) : 0U; };
+// What the processor at hand runs; null where the portable code does all.
+struct Paths {
+  std::size_t (*encodeLines)(const std::uint8_t* in, std::size_t size,
+                             char* out) noexcept = nullptr;
+  void (*decodeLine)(const char* in, std::size_t count, std::uint8_t* out) noexcept = nullptr;
+};
+
+Paths choosePaths() noexcept {
+  Paths paths;
+#if defined(ZT_X86_64)
+  if (cpuFeatures().avx2) paths = {uu::encodeLinesAvx2, uu::decodeLineAvx2};
+#endif
+  return paths;
+}
+
+std::size_t encodeAllLines(ByteSpan in, char* out) noexcept {
+  const Paths paths = choosePaths();
+  char* end = out;
+  if (paths.encodeLines != nullptr) {
+    const std::size_t bulk = paths.encodeLines(in.data(), in.size(), out);
+    end += bulk / kBytesPerLine * kCharsPerLine;
+    in = in.subspan(bulk);
+  }
+  for (std::size_t i = 0; i < in.size(); i += kBytesPerLine)
+    end = encodeLine(in.subspan(i, std::min(kBytesPerLine, in.size() - i)), end);
+  return static_cast<std::size_t>(end - out);
+}
+
+// What a line lacks at its end reads as zeros.
+void decodeLine(std::string_view data, std::size_t count, std::uint8_t* out) noexcept {
+  for (std::size_t done = 0, i = 0; done < count; i += 4) {
+    const auto at = [&](std::size_t k) { return k < data.size() ? digitValue(data[k]) : 0U; };
     const std::uint32_t bits = at(i) << 18 | at(i + 1) << 12 | at(i + 2) << 6 | at(i + 3);
     for (int shift = 16; shift >= 0 && done < count; shift -= 8)
       out[done++] = static_cast<std::uint8_t>(bits >> shift);
   }
-  return count;
 }
 
 // Takes the next line off the text, without its line end.
@@ -104,13 +134,9 @@ bool Uu::encode(ByteSpan in, std::string_view mode, std::string_view fileName, S
     return false;
   const std::uint64_t lines = in.size() / kBytesPerLine + 1;
   const std::uint64_t bound = (std::uint64_t{in.size()} + 2) / 3 * 4 + lines * 3;
-  const auto fill = [in](char* room) {
-    char* end = room;
-    for (std::size_t i = 0; i < in.size(); i += kBytesPerLine)
-      end = encodeLine(in.subspan(i, std::min(kBytesPerLine, in.size() - i)), end);
-    return static_cast<std::size_t>(end - room);
-  };
-  return appendFilled(out, clampSize(bound), fill) && out.append("`\r\nend\r\n");
+  return appendFilled(out, clampSize(bound),
+                      [in](char* room) { return encodeAllLines(in, room); }) &&
+         out.append("`\r\nend\r\n");
 }
 
 bool Uu::decode(std::string_view in, DataBuffer& out, StringBuffer& mode, StringBuffer& fileName) {
@@ -120,14 +146,23 @@ bool Uu::decode(std::string_view in, DataBuffer& out, StringBuffer& mode, String
     if (in.empty()) return true;
   if (!mode.setString(headerMode) || !fileName.setString(headerName)) return false;
 
-  std::array<std::uint8_t, 64 * kMaxLineCount> block;
+  const Paths paths = choosePaths();
+  std::array<std::uint8_t, 64 * kMaxLineCount + uu::kDecodeWrites> block;
   std::size_t used = 0;
   while (!in.empty()) {
     const std::string_view line = takeLine(in);
     if (line.empty() || isEnd(line) || digitValue(line[0]) == 0) break;
     if (!canHoldData(line)) continue;
-    used += decodeLine(line, block.data() + used);
-    if (block.size() - used >= kMaxLineCount) continue;
+    const std::size_t count = digitValue(line[0]);
+    const std::string_view data = line.substr(1);
+    const bool isWhole = data.size() >= (count + 2) / 3 * 4;
+    if (isWhole && in.size() >= uu::kDecodeReads && paths.decodeLine != nullptr) {
+      paths.decodeLine(data.data(), count, block.data() + used);
+    } else {
+      decodeLine(data, count, block.data() + used);
+    }
+    used += count;
+    if (block.size() - used >= uu::kDecodeWrites) continue;
     if (!out.append(block.data(), used)) return false;
     used = 0;
   }
