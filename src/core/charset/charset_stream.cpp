@@ -120,7 +120,9 @@ struct CharsetStream::Impl {
   void reset();
   bool feed(ByteSpan in, DataBuffer& out);
   bool finish(DataBuffer& out);
+  bool convertAll(ByteSpan in, DataBuffer& out);
 
+  bool convertRest(ByteSpan in, DataBuffer& out);
   bool skipMark(ByteSpan& in);
   ByteSpan rewrite(ByteSpan in, bool last);
   bool swap(ByteSpan in, DataBuffer& out);
@@ -193,7 +195,7 @@ void CharsetStream::Impl::reset() {
 bool CharsetStream::Impl::feed(ByteSpan in, DataBuffer& out) {
   if (mode == Mode::None || failed) return false;
   if (mode == Mode::Copy) return out.append(in);
-  if (markPending && !skipMark(in)) return true;
+  if (!skipMark(in)) return true;
   if (mode == Mode::Swap) return swap(in, out);
   return convert(rewriter != nullptr ? rewrite(in, false) : in, false, out);
 }
@@ -208,7 +210,17 @@ bool CharsetStream::Impl::finish(DataBuffer& out) {
     return done;
   }
   if (rewriter != nullptr && !convert(rewrite({}, true), false, out)) return false;
-  return convert({}, true, out) && encodePivot(true, out) && endShiftState(out);
+  return convertRest({}, out);
+}
+
+bool CharsetStream::Impl::convertAll(ByteSpan in, DataBuffer& out) {
+  const bool halfUnit = unitsIn && in.size() % 2 != 0;
+  if (mode != Mode::Tables || rewriter != nullptr || halfUnit) return feed(in, out) && finish(out);
+  return skipMark(in) ? convertRest(in, out) : finish(out);
+}
+
+bool CharsetStream::Impl::convertRest(ByteSpan in, DataBuffer& out) {
+  return convert(in, true, out) && encodePivot(true, out) && endShiftState(out);
 }
 
 /// What Mac Arabic becomes ahead of its table; the caller's bytes stay as they are.
@@ -218,8 +230,14 @@ ByteSpan CharsetStream::Impl::rewrite(ByteSpan in, bool last) {
   return rewritten;
 }
 
-/// Collects the bytes that may be a mark. False while more input is needed to tell.
+/// Steps over a mark; collects the bytes that may be one. False while more input is needed to tell.
 bool CharsetStream::Impl::skipMark(ByteSpan& in) {
+  if (markPending && carryCount == 0 && in.size() >= marks.length) {
+    markPending = false;
+    if (!beginsMark(marks, in.first(marks.length))) return true;
+    offset = marks.length;
+    in = in.subspan(marks.length);
+  }
   while (markPending) {
     if (in.empty()) return false;
     carry[carryCount++] = in.front();
@@ -543,6 +561,9 @@ bool CharsetStream::feed(ByteSpan in, DataBuffer& out) {
 }
 bool CharsetStream::finish(DataBuffer& out) {
   return impl_->finish(out);
+}
+bool CharsetStream::convertAll(ByteSpan in, DataBuffer& out) {
+  return impl_->convertAll(in, out);
 }
 std::uint64_t CharsetStream::invalidCount() const noexcept {
   return impl_->invalid;

@@ -122,7 +122,7 @@ bool EncodingConvert::EncConvert(int fromCodePage, int toCodePage, const void* b
     return false;
   }
   out.reserve(likelySize(fromCodePage, toCodePage, count));  // or in steps, should that fail
-  const bool converted = stream.feed(in, out) && stream.finish(out);
+  const bool converted = stream.convertAll(in, out);
   describeTrouble(stream, errorText_);
   if (!converted && errorText_.empty()) errorText_.append("Not enough memory.");
   flag_ = converted && errorText_.empty();

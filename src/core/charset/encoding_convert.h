@@ -53,6 +53,8 @@ class CharsetStream {
   /// ErrorAction::Fail, when something could not be converted.
   bool feed(ByteSpan in, DataBuffer& out);
   bool finish(DataBuffer& out);
+  /// Both for a text of one piece, which is quicker.
+  bool convertAll(ByteSpan in, DataBuffer& out);
 
   /// Counts since the start, and where the first trouble stood (byte offset in the input; in
   /// UTF-7, whose characters have no bytes of their own, the offset of a byte near it).
