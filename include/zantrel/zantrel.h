@@ -4,5 +4,6 @@
 
 #include <zantrel/charset.h>
 #include <zantrel/crypt2.h>
+#include <zantrel/gzip.h>
 #include <zantrel/types.h>
 #include <zantrel/zt_string.h>

@@ -28,6 +28,27 @@ std::uint64_t utf8Size(const Zantrel::Text& text) noexcept {
   return most <= kMaxTextBytes ? most : utf8SizeOf(text.utf16());
 }
 
+SystemTime toSystemTime(const Zantrel::DateTime& from) noexcept {
+  const auto narrow = [](int value) {
+    constexpr std::uint16_t kNever = 0xFFFF;
+    return value >= 0 && value < kNever ? static_cast<std::uint16_t>(value) : kNever;
+  };
+  SystemTime to;
+  to.year = narrow(from.Year);
+  to.month = narrow(from.Month);
+  to.day = narrow(from.Day);
+  to.hour = narrow(from.Hour);
+  to.minute = narrow(from.Minute);
+  to.second = narrow(from.Second);
+  to.milliseconds = narrow(from.Millisecond);
+  return to;
+}
+
+Zantrel::DateTime toDateTime(const SystemTime& from) noexcept {
+  return {from.year,   from.month,  from.day,         from.hour,
+          from.minute, from.second, from.milliseconds};
+}
+
 void assignText(XString& to, const Zantrel::Text& from) {
   const bool stored =
       from.isUtf16() ? to.setFromUnicode2(from.utf16()) : to.setFromUtf8(from.utf8());

@@ -15,6 +15,7 @@
 #include "core/data_buffer.h"
 #include "core/xstring.h"
 #include "facade/event_bridge.h"
+#include "platform/clock.h"
 
 namespace zantrel::facade {
 
@@ -146,6 +147,21 @@ class Argument<Zantrel::DateTime&, Zantrel::DateTime> : public PlainArgument {
 
  private:
   Zantrel::DateTime& out_;
+};
+
+/// The same date and time as the platform has it. A field that the platform cannot hold becomes one
+/// that no date or time has, so that whoever checks it refuses it.
+SystemTime toSystemTime(const Zantrel::DateTime& from) noexcept;
+Zantrel::DateTime toDateTime(const SystemTime& from) noexcept;
+
+template <>
+class Argument<const SystemTime&, Zantrel::DateTime> : public PlainArgument {
+ public:
+  explicit Argument(const Zantrel::DateTime& value) noexcept : value_(toSystemTime(value)) {}
+  const SystemTime& native() const noexcept { return value_; }
+
+ private:
+  SystemTime value_;
 };
 
 template <>

@@ -71,6 +71,9 @@ inline Zantrel::Bytes toPublic(const DataBuffer& bytes) {
   const ByteSpan span = bytes.bytes();
   return {span.begin(), span.end()};
 }
+inline Zantrel::DateTime toPublic(const SystemTime& time) noexcept {
+  return toDateTime(time);
+}
 template <class T>
 requires std::is_arithmetic_v<T> T toPublic(T value)
 noexcept {
