@@ -196,7 +196,7 @@ Run isal(std::size_t inStep, std::size_t outStep) {
 #endif
 
 void addSizes(const char* label, std::size_t size) {
-  constexpr std::size_t kWhole = ~std::size_t{0};
+  [[maybe_unused]] constexpr std::size_t kWhole = ~std::size_t{0};
   for (bench::Sample& sample : bench::compressionSamples(size)) {
     const auto stream = std::make_shared<Stream>();
     stream->packed = deflated(sample.bytes);
