@@ -31,5 +31,9 @@ void addEncode(CLI::App& parent, Context& context);
 void addDecode(CLI::App& parent, Context& context);
 void addHash(CLI::App& parent, Context& context);
 void addHmac(CLI::App& parent, Context& context);
+void addEncrypt(CLI::App& parent, Context& context);
+void addDecrypt(CLI::App& parent, Context& context);
+void addRandom(CLI::App& parent, Context& context);
+void addDeriveKey(CLI::App& parent, Context& context);
 
 }  // namespace zantrel_cli

@@ -38,6 +38,10 @@ int main(int argc, char** argv) {
   zantrel_cli::addDecode(app, context);
   zantrel_cli::addHash(app, context);
   zantrel_cli::addHmac(app, context);
+  zantrel_cli::addEncrypt(app, context);
+  zantrel_cli::addDecrypt(app, context);
+  zantrel_cli::addRandom(app, context);
+  zantrel_cli::addDeriveKey(app, context);
 
   try {
     std::reverse(arguments.begin(), arguments.end());

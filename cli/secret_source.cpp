@@ -15,6 +15,11 @@ void assign(Zantrel::Bytes& out, std::string_view text) {
   out.assign(text.begin(), text.end());
 }
 
+void dropLineEnd(Zantrel::Bytes& text) {
+  if (!text.empty() && text.back() == '\n') text.pop_back();
+  if (!text.empty() && text.back() == '\r') text.pop_back();
+}
+
 /// Gets the bytes from where the options say, before any decoding.
 bool fetch(Streams& streams, const SecretOptions& options, Zantrel::Bytes& out) {
   if (!options.file.empty()) {
@@ -58,8 +63,10 @@ bool decode(Streams& streams, const SecretOptions& options, Zantrel::Bytes& secr
 void addSecretOptions(CLI::App& command, SecretOptions& options) {
   const std::string& what = options.what;
   CLI::App* const sources = command.add_option_group(what);
-  sources->add_option("--" + what + "-file", options.file,
-                      "File that holds the " + what + "; every byte counts");
+  sources->add_option(
+      "--" + what + "-file", options.file,
+      "File that holds the " + what +
+          (options.isLine ? "; a line end behind it does not count" : "; every byte counts"));
   sources->add_option("--" + what + "-env", options.variable,
                       "Environment variable that holds the " + what);
   sources->add_flag("--" + what + "-prompt", options.prompt,
@@ -82,6 +89,7 @@ bool isSecretGiven(const SecretOptions& options) {
 
 bool readSecret(Streams& streams, const SecretOptions& options, Zantrel::Bytes& out) {
   if (!fetch(streams, options, out)) return false;
+  if (options.isLine) dropLineEnd(out);
   if (!options.encoding.empty() && !decode(streams, options, out)) return false;
   return !out.empty() || streams.complain("the " + options.what + " is empty");
 }

@@ -17,6 +17,7 @@ struct SecretOptions {
   bool prompt = false;   ///< --<what>-prompt, and what happens when nothing is given
   std::string argument;  ///< --insecure-<what>
   std::string encoding;  ///< --<what>-encoding; empty where the bytes are the secret itself
+  bool isLine = false;   ///< a line end behind it in the file does not belong to it
 };
 
 /// Registers the options for options.what; they exclude each other.
