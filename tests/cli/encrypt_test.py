@@ -4,11 +4,12 @@
 Usage: encrypt_test.py COMMAND [ARGUMENT ...]    the command, perhaps behind an emulator
 """
 import hashlib
+import os
 import shutil
 import subprocess
 import unittest
 
-from command import CommandCase, main
+from command import COMMAND, CommandCase, main
 
 KEY = "000102030405060708090a0b0c0d0e0f"
 IV = "f0f1f2f3f4f5f6f7f8f9fafbfcfdfeff"
@@ -99,6 +100,25 @@ class EncryptTest(CommandCase):
                 self.assertEqual(result.returncode, 1)
                 self.assertEqual((self.folder / "out").read_bytes(), b"old")
                 self.assertEqual(sorted(self.folder.iterdir()), before)
+
+    @unittest.skipUnless(hasattr(os, "fork") and len(COMMAND) == 1, "needs limits for a process")
+    def test_a_disk_that_fills_up_leaves_the_old_output(self):
+        import resource
+        import signal
+
+        def fill_up():
+            signal.signal(signal.SIGXFSZ, signal.SIG_IGN)
+            resource.setrlimit(resource.RLIMIT_FSIZE, (1000000, 1000000))
+
+        (self.folder / "in").write_bytes(bytes(2000000))
+        (self.folder / "out").write_bytes(b"old")
+        arguments = f"encrypt --key-file key --iv {IV} -o out in".split()
+        result = subprocess.run(COMMAND + arguments, cwd=self.folder, capture_output=True,
+                                preexec_fn=fill_up, check=False)
+        self.assertEqual(result.returncode, 1)
+        self.assertIn(b"Failed to write file.", result.stderr)
+        self.assertEqual((self.folder / "out").read_bytes(), b"old")
+        self.assertEqual(len(list(self.folder.iterdir())), 4)
 
     def test_keys_are_not_shown_in_the_log(self):
         result = self.zantrel(f"--log --verbose encrypt {GIVEN} --iv {IV}", b"abc")

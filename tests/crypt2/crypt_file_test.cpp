@@ -126,6 +126,15 @@ TEST(CryptFileTest, FailuresLeaveTheOldOutput) {
   pki.expectUntouched(2);
 }
 
+TEST(CryptFileTest, AFileThatOpensButCannotBeReadIsAFailure) {
+  constexpr char kUnreadable[] = "/proc/self/mem";  // its first page is no memory
+  if (!std::filesystem::exists(kUnreadable)) GTEST_SKIP() << "the system has no such file";
+  FileCrypt crypt;
+  EXPECT_FALSE(crypt->ZT_EncryptFile(XString(kUnreadable), XString(crypt.folder / "out"), nullptr));
+  crypt.expectLogged({"Failed to read file.", "Failed to read next chunk from input file"});
+  crypt.expectUntouched(1);
+}
+
 TEST(CryptFileTest, AFullDiskIsAFailure) {
   if (!std::filesystem::exists("/dev/full")) GTEST_SKIP() << "the system has no full device";
   FileCrypt crypt;
