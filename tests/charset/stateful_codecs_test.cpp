@@ -4,6 +4,7 @@
 #include <string>
 #include <vector>
 
+#include "charset/codec_runner.h"
 #include "charset/conversion.h"
 #include "core/charset/code_page.h"
 #include "support/test_data.h"
@@ -67,10 +68,30 @@ TEST(StatefulCodecsTest, EveryCharacterThatAPageCanWriteIsReadBack) {
   }
 }
 
+/// A little of every control sequence that some page knows, broken ones among them.
+const std::string kAnything =
+    "\x1B$B$\"\x1B(I1\x1B\x1B$\x0E\x21\x22\x0F~{VPND~}~x\x1B$)C+AAAA-+2AA-+ZeVnLIqe\xEF\x43\xB3"
+    "\xE8\xE8\xE9\xEA\xEA\xF0\xBF\x0E\x45\x66\n\x45\x1B$)A\x0E\x30\x21\x80\xFF\x1B"s;
+
+TEST(StatefulCodecsTest, ReadersAndWritersMakeDoWithLittleRoom) {
+  const std::string plain = "A line of ASCII that is long enough for whole words.\r\n";
+  for (const int id : statefulPages()) {
+    const CodePage& page = *findCodePage(id);
+    const std::string bytes = plain + kAnything + plain;
+    const std::u16string whole = decodeReplacing(page, bytes);
+    std::u16string valid = whole;
+    std::erase(valid, u'\xFFFD');
+    const std::string written = encodeAll(page, valid).output;
+    for (const std::size_t in : {1u, 3u, 8u, 64u})
+      for (const std::size_t out : {1u, 2u, 5u, 64u}) {
+        EXPECT_EQ(decodeReplacing(page, bytes, in, out), whole) << id;
+        EXPECT_EQ(encodeAll(page, valid, in, out).output, written) << id;
+      }
+  }
+}
+
 TEST(StatefulCodecsTest, ReadersNeitherLoopNorDependOnThePieces) {
-  const std::string bytes =
-      "\x1B$B$\"\x1B(I1\x1B\x1B$\x0E\x21\x22\x0F~{VPND~}~x\x1B$)C+AAAA-+2AA-+ZeVnLIqe\xEF\x43\xB3"
-      "\xE8\xE8\xE9\xEA\xEA\xF0\xBF\x0E\x45\x66\n\x45\x1B$)A\x0E\x30\x21\x80\xFF\x1B"s;
+  const std::string& bytes = kAnything;
   for (const int page : statefulPages()) {
     const Streamed whole = convertInPieces(page, 65001, bytes, bytes.size());
     EXPECT_TRUE(whole.ok);

@@ -4,7 +4,7 @@
 // a class with
 //
 //   Shift control(ByteSpan in, bool inDouble)   what the sequence at the front of `in` does
-//   std::uint32_t single(std::uint8_t)      character of a byte in the single-byte state
+//   char16_t single(std::uint8_t)               character of a byte in the single-byte state
 //   char16_t pair(std::uint8_t, std::uint8_t)   character of a pair, kUndefined if it has none
 //   bool leads(std::uint8_t)                may the byte open a pair in the double-byte state
 //   bool leadsAnywhere(std::uint8_t)        and in the single-byte state (8-bit forms)

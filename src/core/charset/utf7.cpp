@@ -2,9 +2,8 @@
 // "-".
 //
 // Read: every ASCII character stands for itself, the ones that the RFC would rather see encoded
-// too. A stretch ends at the first character outside the base64 alphabet, which is swallowed when
-// it is
-// "-". Ill-formed are bytes above 7F, an empty stretch not written as "+-", surrogates without
+// too. A stretch ends at the first character outside the base64 alphabet, which is swallowed when it
+// is "-". Ill-formed are bytes above 7F, an empty stretch not written as "+-", surrogates without
 // partner, and a stretch whose left-over bits are six or more or not zero.
 //
 // Written: the RFC's set D and space, tab, CR, LF directly, all else encoded; "-" behind a stretch
