@@ -2,15 +2,16 @@
 // "-".
 //
 // Read: every ASCII character stands for itself, the ones that the RFC would rather see encoded
-// too. A stretch ends at the first character outside the base64 alphabet, which is swallowed when it
-// is "-". Ill-formed are bytes above 7F, an empty stretch not written as "+-", surrogates without
-// partner, and a stretch whose left-over bits are six or more or not zero.
+// too. A stretch ends at the first character outside the base64 alphabet, which is swallowed when
+// it is "-". Ill-formed are bytes above 7F, an empty stretch not written as "+-", surrogates
+// without partner, and a stretch whose left-over bits are six or more or not zero.
 //
 // Written: the RFC's set D and space, tab, CR, LF directly, all else encoded; "-" behind a stretch
 // only where the next character needs it, and at the end of the text.
 
 #include "core/charset/utf7.h"
 
+#include <algorithm>
 #include <array>
 #include <string_view>
 
@@ -58,6 +59,8 @@ class Utf7Decoder final : public Decoder {
   bool takeUnit(char16_t unit);
   /// Leaves the stretch; false when it was ill-formed.
   bool endStretch();
+  /// What stands for itself, up to the next stretch.
+  static void copyDirect(ByteSpan in, std::span<char16_t> out, CodecResult& result) noexcept;
   void queue(char16_t unit) { queued_[queuedCount_++] = unit; }
 
   Mode mode_ = Mode::Direct;
@@ -104,6 +107,16 @@ bool Utf7Decoder::endStretch() {
   return wellFormed;
 }
 
+void Utf7Decoder::copyDirect(ByteSpan in, std::span<char16_t> out, CodecResult& result) noexcept {
+  const std::size_t most = std::min(in.size() - result.consumed, out.size() - result.produced);
+  const std::uint8_t* const p = in.data() + result.consumed;
+  char16_t* const o = out.data() + result.produced;
+  std::size_t i = 0;
+  for (; i < most && p[i] < 0x80 && p[i] != '+'; ++i) o[i] = p[i];
+  result.consumed += i;
+  result.produced += i;
+}
+
 CodecResult Utf7Decoder::decode(ByteSpan in, bool last, std::span<char16_t> out) {
   CodecResult result;
   const auto stop = [&result](CodecStop why, std::uint8_t badLength = 0) {
@@ -117,6 +130,7 @@ CodecResult Utf7Decoder::decode(ByteSpan in, bool last, std::span<char16_t> out)
       for (std::size_t i = 0; i < queuedCount_; ++i) out[result.produced++] = queued_[i];
       queuedCount_ = 0;
     }
+    if (mode_ == Mode::Direct) copyDirect(in, out, result);
     if (result.consumed == in.size()) break;
     const std::uint8_t byte = in[result.consumed];
     bool good = true;
