@@ -22,11 +22,13 @@
 #include <array>
 #include <bit>
 
-#include "platform/x86_intrinsics.h"
+#include "core/avx512_x86.h"
 
 namespace zantrel {
 namespace {
 
+using avx512::loadSome;
+using avx512::lowBits;
 using Mask64 = std::uint64_t;
 
 constexpr std::size_t kBlockBytes = 64;
@@ -60,11 +62,6 @@ ZT_TARGET_AVX512 inline __m512i load(const Lanes& lanes) noexcept {
   return _mm512_load_si512(lanes.data());
 }
 
-/// The lowest `count` bits; count may be 64 or more.
-ZT_TARGET_AVX512 inline Mask64 lowBits(std::size_t count) noexcept {
-  return count >= 64 ? ~Mask64{0} : (Mask64{1} << count) - 1;
-}
-
 ZT_TARGET_AVX512 inline __m512i words(int value) noexcept {
   return _mm512_set1_epi16(static_cast<short>(value));
 }
@@ -76,17 +73,12 @@ struct Block {
   __m512i afterNext;
 };
 
-/// The first 64 of `rest` bytes, zeros behind them.
-ZT_TARGET_AVX512 inline __m512i loadPart(const std::uint8_t* bytes, std::size_t rest) noexcept {
-  return _mm512_maskz_loadu_epi8(lowBits(rest), bytes);
-}
-
 ZT_TARGET_AVX512 inline Block loadBlock(const std::uint8_t* bytes, std::size_t rest) noexcept {
   if (rest >= kBlockBytes + kLookahead)
     return {_mm512_loadu_si512(bytes), _mm512_loadu_si512(bytes + 1),
             _mm512_loadu_si512(bytes + 2)};
-  return {loadPart(bytes, rest), loadPart(bytes + 1, rest - 1),
-          loadPart(bytes + 2, rest - std::min<std::size_t>(rest, 2))};
+  return {loadSome(bytes, rest), loadSome(bytes + 1, rest - 1),
+          loadSome(bytes + 2, rest - std::min<std::size_t>(rest, 2))};
 }
 
 /// Widens whole blocks of ASCII.

@@ -16,6 +16,7 @@
 #include <array>
 #include <cstring>
 
+#include "core/avx512_x86.h"
 #include "core/encode/six_bits_x86.h"
 
 namespace zantrel::base64 {
@@ -23,6 +24,8 @@ namespace {
 
 // --- AVX2 ---
 
+using avx512::loadSome;
+using avx512::lowBits;
 using six_bits::inBothHalves;
 
 // Offset from value to character, by a class of the value: 0 for A..Z, 1 for a..z, 2..11 for the
@@ -145,10 +148,6 @@ ZT_TARGET_AVX512 inline void stream(void* out, __m512i bytes) noexcept {
   if constexpr (kParts == 4) _mm_stream_si128(to + 3, _mm512_extracti32x4_epi32(bytes, 3));
 }
 
-constexpr std::uint64_t lowBits(std::size_t count) noexcept {
-  return count >= 64 ? ~std::uint64_t{0} : (std::uint64_t{1} << count) - 1;
-}
-
 class EncoderAvx512 {
  public:
   static constexpr std::size_t kStep = 48;
@@ -190,7 +189,7 @@ class LenientDecoder {
     const __m512i tableHigh = load(kDecodeTable.data() + 64);
     for (std::size_t i = 0; i < size; i += 64) {
       const std::uint64_t present = lowBits(size - i);
-      const __m512i text = size - i >= 64 ? load(in + i) : _mm512_maskz_loadu_epi8(present, in + i);
+      const __m512i text = loadSome(in + i, size - i);
       const __m512i values = _mm512_permutex2var_epi8(tableLow, text, tableHigh);
       std::uint64_t wanted = present & ~_mm512_movepi8_mask(_mm512_or_si512(text, values));
       const std::uint64_t stops = present & (_mm512_cmpeq_epi8_mask(text, _mm512_set1_epi8('=')) |

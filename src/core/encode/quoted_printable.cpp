@@ -2,8 +2,9 @@
 //
 // Encoding stores four characters for every byte and advances by the one or three that count, so
 // that a line needs no branch on what its bytes are; a blank in front of a line end is put right
-// when the line end is met (vector path: escape_x86.cpp). Decoding copies runs up to the next "=",
-// line end or zero byte; the vector paths (quoted_printable_x86.cpp) find and copy a run in one go.
+// when the line end is met (vector paths: escape_avx2_x86.cpp, escape_avx512_x86.cpp). Decoding
+// copies runs up to the next "=", line end or zero byte; the vector paths
+// (quoted_printable_x86.cpp) find and copy a run in one go.
 
 #include "core/encode/quoted_printable.h"
 
@@ -107,38 +108,43 @@ char* encodeColumns(const std::uint8_t*& in, const std::uint8_t* end, std::size_
   return out;
 }
 
-// One line without its break; `vectors` says that the processor has the fast path.
+// Encodes the beginning of such columns; null where the processor has no vector path.
+using EncodeVectors = escape::Progress (*)(const std::uint8_t* in, std::size_t size,
+                                           std::size_t room, char* out) noexcept;
+
+EncodeVectors chooseEncodeVectors() noexcept {
+#if defined(ZT_X86_64)
+  const CpuFeatures& cpu = cpuFeatures();
+  if (cpu.avx512) return escape::quotedPrintableLineAvx512;
+  if (cpu.avx2) return escape::quotedPrintableLineAvx2;
+#endif
+  return nullptr;
+}
+
+// One line without its break.
 char* encodeLine(const std::uint8_t*& in, const std::uint8_t* end, std::size_t limit, char* out,
-                 [[maybe_unused]] bool vectors) noexcept {
+                 EncodeVectors encodeVectors) noexcept {
   const std::uint8_t* const first = in;
   std::size_t room = limit;
   if (startsBadly(in, static_cast<std::size_t>(end - in))) {
     out = writeEscaped(*in++, out);
     room = limit < 3 ? 0 : limit - 3;
   }
-#if defined(ZT_X86_64)
   // A line that begins beyond ASCII tends to be full of escapes, for which the table is faster.
-  if (vectors && in != end && *in < 0x80) {
-    const escape::Progress done =
-        escape::quotedPrintableLineAvx512(in, static_cast<std::size_t>(end - in), room, out);
+  if (encodeVectors != nullptr && in != end && *in < 0x80) {
+    const escape::Progress done = encodeVectors(in, static_cast<std::size_t>(end - in), room, out);
     in += done.consumed;
     out += done.produced;
     room -= std::min(room, done.produced);
   }
-#endif
   out = encodeColumns(in, end, room, out);
   const bool atLineEnd = in == end || isLineBreak(in, end);
   if (atLineEnd && in != first && isBlank(in[-1])) out = writeEscaped(in[-1], out - 1);
   return out;
 }
 
-bool haveEscapeVectors() noexcept {
-#if defined(ZT_X86_64)
-  return cpuFeatures().avx512;
-#else
-  return false;
-#endif
-}
+// Where runs between escapes are shorter than this, the bulk decoder is quicker than copying runs.
+[[maybe_unused]] constexpr std::size_t kLongRun = 8;
 
 // Digit values, 0xFF for what is no digit.
 constexpr auto kDigitValues = [] {
@@ -209,14 +215,14 @@ std::size_t quotedPrintableMaxSize(ByteSpan in, int maxLineLength) noexcept {
 }
 
 std::size_t quotedPrintableEncode(ByteSpan in, int maxLineLength, char* out) noexcept {
-  const bool vectors = haveEscapeVectors();
+  const EncodeVectors encodeVectors = chooseEncodeVectors();
   const auto limit = static_cast<std::size_t>(std::max(maxLineLength, 1));
   const char* const start = out;
   const std::uint8_t* p = in.data();
   const std::uint8_t* const end = p + in.size();
   while (p != end) {
     char* const line = out;
-    out = encodeLine(p, end, limit, line, vectors);
+    out = encodeLine(p, end, limit, line, encodeVectors);
     if (isLineBreak(p, end)) {
       out = writeLineBreak(out);
       p += 2;
@@ -237,22 +243,22 @@ std::size_t quotedPrintableDecode(std::string_view in, std::uint8_t* out) noexce
   const std::uint8_t* const start = out;
   const char* p = in.data();
   const char* const end = p + in.size();
-  const char* literal = p;  // from here on, blanks of the input stand in the output too
-  [[maybe_unused]] const bool vectors = haveEscapeVectors();
+  const char* literal = p;      // from here on, blanks of the input stand in the output too
+  std::size_t run = in.size();  // in front of the latest "=" or line end
   while (p != end) {
     const auto advance = [&](std::size_t consumed, std::size_t produced) {
       p += consumed;
       out += produced;
     };
 #if defined(ZT_X86_64)
-    if (vectors) {
+    if (cpuFeatures().avx512 && run < kLongRun) {
       const bool afterCr = p != in.data() && p[-1] == '\r';
       const auto done =
           quoted_printable::decodeBulkAvx512(p, static_cast<std::size_t>(end - p), afterCr, out);
       advance(done.consumed, done.produced);
     }
 #endif
-    const std::size_t run = copyRun(p, static_cast<std::size_t>(end - p), out);
+    run = copyRun(p, static_cast<std::size_t>(end - p), out);
     advance(run, run);
     while (end - p >= 3 && *p == '=') {
       const unsigned high = kDigitValues[static_cast<unsigned char>(p[1])];

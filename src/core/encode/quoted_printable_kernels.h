@@ -20,8 +20,8 @@ struct Progress {
 };
 
 /// Decodes up to the first thing that is neither text, an escape, a soft break without blanks, nor
-/// a CRLF without blanks in front; leaves the last bytes of the text to the caller. `afterCr` says
-/// that a CR stands in front of the text.
+/// a CRLF without blanks in front, or until escapes become rare; leaves the last bytes of the text
+/// to the caller. `afterCr` says that a CR stands in front of the text.
 Progress decodeBulkAvx512(const char* in, std::size_t size, bool afterCr,
                           std::uint8_t* out) noexcept;
 

@@ -3,7 +3,7 @@
 //
 // The output is counted first. Encoding stores four characters for every byte and advances by the
 // one or three that count, which needs no branch and hence costs the same for every text (vector
-// path: escape_x86.cpp).
+// path: escape_avx512_x86.cpp). Decoding copies the runs between escapes (escape_avx2_x86.cpp).
 
 #include "core/encode/url_encode.h"
 
@@ -43,6 +43,23 @@ constexpr auto kLengths = [] {
   return lengths;
 }();
 
+// Decodes what stands in front of the first "%" and returns how many bytes that is.
+using CopyRun = std::size_t (*)(const char* in, std::size_t size, std::uint8_t* out) noexcept;
+
+std::size_t copyRunPortable(const char* in, std::size_t size, std::uint8_t* out) noexcept {
+  std::size_t i = 0;
+  for (; i < size && in[i] != '%'; ++i)
+    out[i] = in[i] == '+' ? std::uint8_t{' '} : static_cast<std::uint8_t>(in[i]);
+  return i;
+}
+
+CopyRun chooseCopyRun() noexcept {
+#if defined(ZT_X86_64)
+  if (cpuFeatures().avx2) return escape::urlRunAvx2;
+#endif
+  return copyRunPortable;
+}
+
 }  // namespace
 
 std::size_t UrlEncode::encodedSize(ByteSpan in) noexcept {
@@ -64,14 +81,15 @@ std::size_t UrlEncode::encode(ByteSpan in, char* out) noexcept {
 }
 
 std::size_t UrlEncode::decode(std::string_view in, std::uint8_t* out) noexcept {
+  const CopyRun copyRun = chooseCopyRun();
   const std::uint8_t* const start = out;
-  for (std::size_t i = 0; i < in.size(); ++i) {
-    if (in[i] == '%') {
-      if (in.size() - i < 3) break;
+  for (std::size_t i = 0; i < in.size();) {
+    const std::size_t run = copyRun(in.data() + i, in.size() - i, out);
+    i += run;
+    out += run;
+    for (; i < in.size() && in[i] == '%'; i += 3) {
+      if (in.size() - i < 3) return static_cast<std::size_t>(out - start);
       *out++ = unvalidatedHexPair(in[i + 1], in[i + 2]);
-      i += 2;
-    } else {
-      *out++ = in[i] == '+' ? std::uint8_t{' '} : static_cast<std::uint8_t>(in[i]);
     }
   }
   return static_cast<std::size_t>(out - start);

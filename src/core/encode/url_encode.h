@@ -20,8 +20,7 @@ class UrlEncode final {
   /// Characters that encoding these bytes yields.
   static std::size_t encodedSize(ByteSpan in) noexcept;
   /// Writes them; `out` has room for encodedSize() + kSlack, which may be overwritten in passing.
-  /// Returns the characters written. "-", ".",
-  /// "_" and "~" are escaped as well.
+  /// Returns the characters written. "-", ".", "_" and "~" are escaped as well.
   static std::size_t encode(ByteSpan in, char* out) noexcept;
   /// Never fails; `out` has room for in.size() bytes. The two characters behind a "%" are not
   /// validated; a "%" with fewer than two behind it ends the decoding. Returns the bytes written.

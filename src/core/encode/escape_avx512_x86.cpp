@@ -6,31 +6,20 @@
 
 #if defined(ZT_X86_64)
 
+#include "core/avx512_x86.h"
 #include "core/encode/hex.h"
-#include "platform/x86_intrinsics.h"
 
 namespace zantrel::escape {
 namespace {
+
+using avx512::between;
+using avx512::loadSome;
+using avx512::lowBits;
 
 constexpr std::uint64_t kLaneStarts = 0x1111'1111'1111'1111;
 constexpr std::size_t kWorthCopying = 16;
 // Quoted-printable lines full of escapes hold few bytes; the table does them faster.
 constexpr int kWorthVectors = 40;
-
-ZT_TARGET_AVX512 inline __mmask64 lowBits(std::size_t count) noexcept {
-  return _bzhi_u64(~std::uint64_t{0}, static_cast<unsigned>(count < 64 ? count : 64));
-}
-
-ZT_TARGET_AVX512 inline __mmask64 between(__m512i text, char first, char last) noexcept {
-  const __m512i offset = _mm512_sub_epi8(text, _mm512_set1_epi8(first));
-  return _mm512_cmple_epu8_mask(offset, _mm512_set1_epi8(static_cast<char>(last - first)));
-}
-
-// The first 64 bytes, or what there is of them with zeros behind. Masked loads are slow where
-// memory is not in the caches yet, so they serve the end of a text only.
-ZT_TARGET_AVX512 inline __m512i loadSome(const std::uint8_t* in, std::size_t left) noexcept {
-  return left >= 64 ? _mm512_loadu_si512(in) : _mm512_maskz_loadu_epi8(lowBits(left), in);
-}
 
 struct Sixteen {
   __m512i forms;         // four bytes of room for each
