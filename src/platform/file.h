@@ -38,7 +38,10 @@ class InputFile {
 
 /// A file being written. What stood under the path before stays until commit(): the new content is
 /// written beside it and renamed over it, keeping its mode and following a symbolic link. Pipes and
-/// devices are written directly. Without commit() the new content is discarded.
+/// devices are written directly. Without commit() the new content is discarded. Readers see the old
+/// or the new content, whatever becomes of the process. Nothing waits for the disk (deliberate:
+/// that takes milliseconds a file): where the machine itself fails soon after commit(), it is up to
+/// the file system what is found there.
 class OutputFile {
  public:
   OutputFile() noexcept;

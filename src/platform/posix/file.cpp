@@ -19,7 +19,7 @@
 #include <time.h>
 #include <unistd.h>
 
-#include "platform/random.h"
+#include "platform/temporary_name.h"
 
 namespace zantrel {
 
@@ -85,20 +85,6 @@ OsError resolveLinks(std::string& path) {
     }
   }
   return ELOOP;
-}
-
-std::string temporaryNameBeside(const std::string& path) {
-  static constexpr char kDigits[] = "0123456789abcdef";
-  unsigned char random[8];
-  randomBytes(random, sizeof random);
-  const std::size_t slash = path.rfind('/');
-  std::string name = slash == std::string::npos ? std::string() : path.substr(0, slash + 1);
-  name += ".zantrel-";
-  for (unsigned char byte : random) {
-    name += kDigits[byte >> 4];
-    name += kDigits[byte & 15];
-  }
-  return name;
 }
 
 // Turns the signal of a pipe without reader into the plain error EPIPE, for this thread only.
@@ -222,7 +208,7 @@ struct OutputFile::Impl {
     constexpr int kAttempts = 16;
     OsError error = 0;
     for (int i = 0; i < kAttempts; ++i) {
-      const std::string name = temporaryNameBeside(target);
+      const std::string name = temporaryNameBeside(target, "/", ".zantrel-", "");
       file.adopt(openRetrying(name.c_str(), O_WRONLY | O_CREAT | O_EXCL, mode));
       if (file.isOpen()) {
         temporary = name;

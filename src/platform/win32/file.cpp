@@ -6,7 +6,7 @@
 #include <algorithm>
 #include <utility>
 
-#include "platform/random.h"
+#include "platform/temporary_name.h"
 #include "platform/win32/path_name.h"
 #include "platform/win32/utf16.h"
 
@@ -43,20 +43,6 @@ class Handle {
  private:
   HANDLE handle_ = INVALID_HANDLE_VALUE;
 };
-
-std::string temporaryNameBeside(const std::string& path) {
-  static constexpr char kDigits[] = "0123456789abcdef";
-  unsigned char random[8];
-  randomBytes(random, sizeof random);
-  const std::size_t slash = path.find_last_of("\\/:");
-  std::string name = slash == std::string::npos ? std::string() : path.substr(0, slash + 1);
-  name += "zantrel-";
-  for (unsigned char byte : random) {
-    name += kDigits[byte >> 4];
-    name += kDigits[byte & 15];
-  }
-  return name + ".tmp";
-}
 
 // The path that an open file really has, its symbolic links followed.
 std::string finalPath(HANDLE file) {
@@ -139,7 +125,8 @@ struct OutputFile::Impl {
     constexpr int kAttempts = 16;
     OsError error = 0;
     for (int i = 0; i < kAttempts; ++i) {
-      if (const DWORD bad = temporary.set(temporaryNameBeside(beside))) return bad;
+      const std::string name = temporaryNameBeside(beside, "\\/:", "zantrel-", ".tmp");
+      if (const DWORD bad = temporary.set(name)) return bad;
       file.adopt(temporary.create(GENERIC_WRITE, 0, CREATE_NEW, FILE_ATTRIBUTE_NORMAL));
       if (file.isOpen()) {
         hasTemporary = true;
