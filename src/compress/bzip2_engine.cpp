@@ -1,44 +1,23 @@
 #include "compress/bzip2_engine.h"
 
-#include <algorithm>
-
-#include "compress/growing_output.h"
+#include "compress/stream_steps.h"
 #include "core/data_sink.h"
 #include "core/data_source.h"
 #include "core/log_base.h"
-#include "frame/progress_monitor.h"
 
 namespace zantrel {
 
 namespace {
-
-constexpr std::size_t kInputBlock = 65536;  // between two questions whether to go on
 
 bool fail(LogBase& log, const char* reason) {
   log.logError(reason);
   return false;
 }
 
-bool append(DataBuffer& out, ByteSpan bytes, LogBase& log) {
-  return appendDoubling(out, bytes) || fail(log, "There is not enough memory for the output.");
-}
-
 bool mayGoOn(ProgressMonitor* progress, std::size_t consumed, LogBase& log) {
-  bool abort = false;
-  if (progress != nullptr) progress->consume(static_cast<std::int64_t>(consumed), abort);
+  const bool abort = wantsAbort(progress, consumed);
   if (abort) log.logError("Bzip2 aborted by application");
   return !abort;
-}
-
-// Calls `step` with pieces of the input until one fails.
-template <class Step>
-bool inBlocks(ByteSpan in, Step step) {
-  while (!in.empty()) {
-    const ByteSpan block = in.first(std::min(in.size(), kInputBlock));
-    in = in.subspan(block.size());
-    if (!step(block)) return false;
-  }
-  return true;
 }
 
 }  // namespace
@@ -66,7 +45,7 @@ bool Bzip2Engine::moreCompress(ByteSpan in, DataBuffer& out, LogBase& log,
     const std::size_t size = block.size();
     while (!block.empty()) {
       encoder_->add(block);
-      if (!append(out, encoder_->output(), log)) return false;
+      if (!appendOutput(out, encoder_->output(), log)) return false;
       encoder_->dropOutput();
     }
     return mayGoOn(progress, size, log);
@@ -78,7 +57,7 @@ bool Bzip2Engine::moreCompress(ByteSpan in, DataBuffer& out, LogBase& log,
 bool Bzip2Engine::endCompress(DataBuffer& out, LogBase& log, ProgressMonitor* progress) {
   if (encoder_ == nullptr) return fail(log, "Bzip2 not initialized.");
   encoder_->finish();
-  const bool done = append(out, encoder_->output(), log) && mayGoOn(progress, 0, log);
+  const bool done = appendOutput(out, encoder_->output(), log) && mayGoOn(progress, 0, log);
   encoder_.reset();
   return done;
 }
@@ -114,7 +93,7 @@ bool Bzip2Engine::moreDecompress(ByteSpan in, DataBuffer& out, LogBase& log,
                                  ProgressMonitor* progress) {
   if (decoder_ == nullptr) return fail(log, "Bzip2 not initialized.");
   return decode(
-      in, [&](ByteSpan bytes) { return append(out, bytes, log); }, log, progress);
+      in, [&](ByteSpan bytes) { return appendOutput(out, bytes, log); }, log, progress);
 }
 
 bool Bzip2Engine::endDecompress(DataBuffer&, LogBase& log, ProgressMonitor*) {

@@ -42,7 +42,8 @@ class CompressionEngine : public ZantrelObject {
   virtual bool endDecompress(DataBuffer& out, LogBase& log, ProgressMonitor* progress) = 0;
 
   /// Whole sources, in constant memory. The sink is not committed.
-  bool compressSource(DataSource& source, DataSink& sink, LogBase& log, ProgressMonitor* progress);
+  virtual bool compressSource(DataSource& source, DataSink& sink, LogBase& log,
+                              ProgressMonitor* progress);
   virtual bool decompressSource(DataSource& source, DataSink& sink, LogBase& log,
                                 ProgressMonitor* progress);
 
