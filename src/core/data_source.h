@@ -3,6 +3,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <memory>
 #include <string>
 
 #include "core/bytes.h"
@@ -14,6 +15,7 @@ namespace zantrel {
 
 class DataSink;
 class LogBase;
+class ReadAhead;
 
 class DataSource : public ZantrelObject {
  public:
@@ -29,22 +31,35 @@ class DataSource : public ZantrelObject {
   std::int64_t position_ = 0;
 };
 
-/// Reads a file ahead in large pieces.
+/// Reads a file ahead in large pieces; a long one on a second thread.
 class FileDataSource final : public DataSource {
  public:
+  FileDataSource();
+  ~FileDataSource() override;
+  FileDataSource(const FileDataSource&) = delete;
+  FileDataSource& operator=(const FileDataSource&) = delete;
+
   /// Opens a file by its UTF-8 path; false, the reason being logged, when that failed.
   bool open(const char* path, LogBase& log);
   bool nextBlock(std::size_t wanted, ByteSpan& block, LogBase& log) override;
   std::int64_t size() const override { return file_.isOpen() ? file_.size() : -1; }
 
  private:
+  void startReadAhead(std::size_t wanted);
   bool fill(std::size_t wanted, LogBase& log);
+  bool nextFromPieces(std::size_t wanted, ByteSpan& block, LogBase& log);
+  bool fetchPiece(LogBase& log);
 
   InputFile file_;
   std::string path_;
   DataBuffer ahead_;      // read and not yet given up
   std::size_t used_ = 0;  // bytes at its front that were handed out
   bool atEnd_ = false;
+
+  // Long files instead come from a thread, in pieces that hold whole blocks; ahead_ then joins what
+  // lies in two pieces.
+  std::unique_ptr<ReadAhead> pieces_;
+  ByteSpan piece_;  // what is left of the last one
 };
 
 /// Reads memory of somebody else, without copying it.

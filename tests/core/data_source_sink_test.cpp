@@ -54,6 +54,76 @@ TEST(DataSourceTest, HandsOutBlocksOfTheSizeAskedFor) {
   }
 }
 
+// From two megabytes on a thread reads.
+TEST(DataSourceTest, LongFilesComeInBlocksOfAnySizeToo) {
+  const TempFolder folder;
+  for (const std::size_t size :
+       {std::size_t{2'097'152}, std::size_t{2'800'000}, std::size_t{2'999'999}}) {
+    const std::string content = sample(size);
+    test::writeFile(folder / "file", content);
+    for (const std::size_t blockSize :
+         {std::size_t{1}, std::size_t{20'000}, std::size_t{65'537}, std::size_t{262'144},
+          std::size_t{800'000}, size, std::size_t{5'000'000}}) {
+      if (blockSize == 1 && size % 2 == 0) continue;  // once is enough for so many
+      RecordedLog log;
+      FileDataSource file;
+      ASSERT_TRUE(file.open((folder / "file").c_str(), log));
+      EXPECT_TRUE(drain(file, blockSize) == content) << size << " in blocks of " << blockSize;
+    }
+  }
+}
+
+TEST(DataSourceTest, TheSizeOfBlocksMayChangeWithinALongFile) {
+  const TempFolder folder;
+  const std::string content = sample(3'000'000);
+  test::writeFile(folder / "file", content);
+  RecordedLog log;
+  FileDataSource file;
+  ASSERT_TRUE(file.open((folder / "file").c_str(), log));
+  std::string all;
+  const std::size_t sizes[] = {1, 20'000, 700'000, 7, 262'143};
+  ByteSpan block;
+  for (std::size_t i = 0; i == 0 || !block.empty(); ++i) {
+    ASSERT_TRUE(file.nextBlock(sizes[i % 5], block, log));
+    all += asText(block);
+  }
+  EXPECT_TRUE(all == content);
+}
+
+TEST(DataSourceTest, ALongFileCanBeReadAfterAShortageOfMemory) {
+  const TempFolder folder;
+  const std::string content = sample(3'000'000);
+  test::writeFile(folder / "file", content);
+  for (const int allocations : {0, 1}) {
+    RecordedLog log;
+    FileDataSource file;
+    ASSERT_TRUE(file.open((folder / "file").c_str(), log));
+    ByteSpan block;
+    {
+      const storage::ScopedAllocationFault fault(allocations);
+      file.nextBlock(20'000, block, log);
+    }
+    std::string all(asText(block));
+    while (file.nextBlock(20'000, block, log) && !block.empty()) all += asText(block);
+    EXPECT_TRUE(all == content) << allocations;
+  }
+}
+
+TEST(DataSourceTest, ALongFileMayBeGivenUpAndAnotherOpenedAtAnyTime) {
+  const TempFolder folder;
+  test::writeFile(folder / "long", sample(3'000'000));
+  test::writeFile(folder / "short", "short");
+  FileDataSource file;
+  RecordedLog log;
+  ByteSpan block;
+  for (int blocks = 0; blocks < 40; ++blocks) {
+    ASSERT_TRUE(file.open((folder / "long").c_str(), log));
+    for (int i = 0; i < blocks; ++i) ASSERT_TRUE(file.nextBlock(20'000, block, log));
+    ASSERT_TRUE(file.open((folder / "short").c_str(), log));
+    EXPECT_EQ(drain(file, 20'000), "short");
+  }
+}
+
 TEST(DataSourceTest, LogsWhatKeepsAFileFromBeingRead) {
   const TempFolder folder;
   RecordedLog log;
