@@ -3,6 +3,7 @@
 /// All of Zantrel's public classes.
 
 #include <zantrel/charset.h>
+#include <zantrel/compression.h>
 #include <zantrel/crypt2.h>
 #include <zantrel/gzip.h>
 #include <zantrel/types.h>

@@ -21,7 +21,10 @@ class TextPieces final {
   bool add(ByteSpan bytes, bool last, XString& out, LogBase& log);
 
  private:
+  bool decode(ByteSpan bytes, bool last, DataBuffer& utf8);
+
   std::optional<CharsetStream> stream_;
+  std::optional<CharsetStream> fromUtf16_;  ///< behind it, where the charset is UTF-8
 };
 
 /// The same in one piece.
