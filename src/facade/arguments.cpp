@@ -45,8 +45,7 @@ SystemTime toSystemTime(const Zantrel::DateTime& from) noexcept {
 }
 
 Zantrel::DateTime toDateTime(const SystemTime& from) noexcept {
-  return {from.year,   from.month,  from.day,         from.hour,
-          from.minute, from.second, from.milliseconds};
+  return {from.year, from.month, from.day, from.hour, from.minute, from.second, from.milliseconds};
 }
 
 void assignText(XString& to, const Zantrel::Text& from) {

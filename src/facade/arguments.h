@@ -28,6 +28,13 @@ std::uint64_t utf8Size(const Zantrel::Text& text) noexcept;
 /// Throws std::bad_alloc when storage cannot be had.
 void assignText(XString& to, const Zantrel::Text& from);
 
+/// Overwrites a copy that a call made of what may be a password. Those are short; long texts are
+/// documents, and left alone.
+inline void wipeShort(XString& text, std::uint64_t size) {
+  constexpr std::uint64_t kShort = 4096;
+  if (size <= kShort) text.wipe();
+}
+
 template <class Native, class Public>
 class Argument;
 
@@ -83,6 +90,9 @@ template <>
 class Argument<const XString&, Zantrel::Text> : public PlainArgument {
  public:
   explicit Argument(const Zantrel::Text& text) noexcept : text_(text) {}
+  ~Argument() { wipeShort(value_, text_.size()); }
+  Argument(const Argument&) = delete;
+  Argument& operator=(const Argument&) = delete;
   bool fits() const noexcept { return size() <= kMaxTextBytes; }
   std::uint64_t size() const noexcept { return utf8Size(text_); }
   template <class... Args>

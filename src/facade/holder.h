@@ -109,13 +109,24 @@ noexcept {
   return getThrough<Result>(impl, name, [&](Native& native) { return (native.*getter)(); });
 }
 
+// The copy of a property, which may be a key or a password, that a getter has been given.
+inline void wipeProperty(XString& text) {
+  wipeShort(text, text.getSizeUtf8());
+}
+inline void wipeProperty(DataBuffer& bytes) {
+  bytes.secureClear();
+}
+inline void wipeProperty(const SystemTime&) {}
+
 /// A computed property whose getter fills an XString or a DataBuffer.
 template <class Result, class Out, class Impl, class Getter>
 Result getFilled(std::unique_ptr<Impl>& impl, const char* name, Getter getter) noexcept {
   return getThrough<Result>(impl, name, [&](auto& native) {
     Out out;
     (native.*getter)(out);
-    return toPublic(out);
+    Result result = toPublic(out);
+    wipeProperty(out);
+    return result;
   });
 }
 template <class Result, class Impl, class Out, class Native>

@@ -94,7 +94,7 @@ TEST(DataSourceTest, ALongFileCanBeReadAfterAShortageOfMemory) {
   const TempFolder folder;
   const std::string content = sample(3'000'000);
   test::writeFile(folder / "file", content);
-  for (const int allocations : {0, 1}) {
+  for (const std::size_t allocations : {0U, 1U}) {
     RecordedLog log;
     FileDataSource file;
     ASSERT_TRUE(file.open((folder / "file").c_str(), log));
