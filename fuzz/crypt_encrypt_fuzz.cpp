@@ -109,6 +109,20 @@ void checkBytes(ClsCrypt& crypt, std::string_view text, std::size_t piece) {
   both(&ClsCrypt::DecryptX, text, true);
 }
 
+void checkCompression(ClsCrypt& crypt, std::string_view text, std::uint8_t choice) {
+  constexpr const char* kFormats[] = {"deflate", "bz2", "lzw", "ppmd", "none"};
+  constexpr std::uint32_t kMost = 1 << 16;
+  crypt.put_CompressionAlgorithm(XString(kFormats[choice % std::size(kFormats)]));
+  crypt.put_MaxDecompressedSize(kMost);
+  DataBuffer noise, sealed, opened;
+  crypt.InflateBytesX(bytes(text), noise);
+  crypt.DecryptAndUnzipX(bytes(text), noise);
+  require(noise.getSize() <= 2 * kMost);
+  const int padding = crypt.settings().paddingScheme;
+  if (!crypt.ZipAndEncryptX(bytes(text), sealed) || (padding != 0 && padding != 1)) return;
+  require(crypt.DecryptAndUnzipX(sealed, opened) && opened.text() == text);
+}
+
 void checkTexts(ClsCrypt& crypt, std::string_view text) {
   crypt.settings().firstChunk = crypt.settings().lastChunk = true;
   const XString noise(text);
@@ -136,6 +150,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   configure(crypt, Input{all.substr(0, 200)});
   const std::string_view text = all.substr(std::min<std::size_t>(all.size(), 64));
   checkBytes(crypt, text, 1 + all.size() % 67);
+  checkCompression(crypt, text, static_cast<std::uint8_t>(all.size()));
   checkTexts(crypt, text);
   return 0;
 }

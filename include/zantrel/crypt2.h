@@ -290,6 +290,87 @@ class ZANTREL_API Crypt2 final {
   /// The same into the caller's variable, whose capacity is reused; false on failure.
   bool MySqlAesDecrypt(Text encoded, Text password, std::string& out);
 
+  // Compression
+
+  /// Format of the members below: "deflate" (RFC 1951, without header and checksum), "bz2" (bzip2),
+  /// "lzw" (the .Z format of compress), "ppmd" (PPMd variant I as in zip archives) or "none" (bytes
+  /// pass unchanged). Names are understood as by Compression: those that contain "bz" mean bz2,
+  /// "none" none, "lz" lzw, and every other one ppmd.
+  std::string get_CompressionAlgorithm() const;
+  void put_CompressionAlgorithm(Text value);
+
+  /// The most bytes that an expansion may make; it fails rather than make more. 0 is no limit. Set
+  /// it where the data come from others: a few kilobytes can be made to expand to gigabytes. A
+  /// negative size is refused.
+  std::int64_t get_MaxDecompressedSize() const;
+  bool put_MaxDecompressedSize(std::int64_t value);
+
+  /// Compresses bytes in CompressionAlgorithm.
+  Bytes CompressBytes(ByteView data);
+  /// The same into the caller's variable, whose capacity is reused; false on failure.
+  bool CompressBytes(ByteView data, Bytes& out);
+
+  /// Compresses bytes; the result is text in EncodingMode.
+  std::string CompressBytesENC(ByteView data);
+  /// The same into the caller's variable, whose capacity is reused; false on failure.
+  bool CompressBytesENC(ByteView data, std::string& out);
+
+  /// Compresses a text's bytes in Charset. Fails when Charset is unknown or lacks a character.
+  Bytes CompressString(Text str);
+  /// The same into the caller's variable, whose capacity is reused; false on failure.
+  bool CompressString(Text str, Bytes& out);
+
+  /// Compresses a text's bytes in Charset; the result is text in EncodingMode. Fails when Charset
+  /// is unknown or lacks a character.
+  std::string CompressStringENC(Text str);
+  /// The same into the caller's variable, whose capacity is reused; false on failure.
+  bool CompressStringENC(Text str, std::string& out);
+
+  /// Expands bytes that were compressed in CompressionAlgorithm. Fails, giving nothing, when they
+  /// are damaged or incomplete.
+  Bytes InflateBytes(ByteView data);
+  /// The same into the caller's variable, whose capacity is reused; false on failure.
+  bool InflateBytes(ByteView data, Bytes& out);
+
+  /// Expands the bytes that a text in EncodingMode encodes.
+  Bytes InflateBytesENC(Text encoded);
+  /// The same into the caller's variable, whose capacity is reused; false on failure.
+  bool InflateBytesENC(Text encoded, Bytes& out);
+
+  /// Expands bytes and takes the result as text in Charset. U+FFFD stands for what is not valid in
+  /// it.
+  std::string InflateString(ByteView data);
+  /// The same into the caller's variable, whose capacity is reused; false on failure.
+  bool InflateString(ByteView data, std::string& out);
+
+  /// Expands the bytes that a text in EncodingMode encodes, and takes the result as text in
+  /// Charset.
+  std::string InflateStringENC(Text encoded);
+  /// The same into the caller's variable, whose capacity is reused; false on failure.
+  bool InflateStringENC(Text encoded, std::string& out);
+
+  /// Compresses bytes, then encrypts them as Encrypt does with FirstChunk and LastChunk true. How
+  /// long the result is tells something about the data.
+  Bytes ZipAndEncrypt(ByteView data);
+  /// The same into the caller's variable, whose capacity is reused; false on failure.
+  bool ZipAndEncrypt(ByteView data, Bytes& out);
+
+  /// Compresses a text's bytes in Charset, then encrypts them.
+  Bytes ZipAndEncryptStr(Text str);
+  /// The same into the caller's variable, whose capacity is reused; false on failure.
+  bool ZipAndEncryptStr(Text str, Bytes& out);
+
+  /// Decrypts what ZipAndEncrypt made, then expands it. With a wrong key the expansion fails most
+  /// likely, but need not.
+  Bytes DecryptAndUnzip(ByteView data);
+  /// The same into the caller's variable, whose capacity is reused; false on failure.
+  bool DecryptAndUnzip(ByteView data, Bytes& out);
+
+  /// Decrypts and expands, and takes the result as text in Charset.
+  std::string DecryptAndUnzipStr(ByteView data);
+  /// The same into the caller's variable, whose capacity is reused; false on failure.
+  bool DecryptAndUnzipStr(ByteView data, std::string& out);
+
   // Keys and random bytes
 
   /// Sets SecretKey to the bytes that a text encodes. Encodings are named as in EncodingMode.

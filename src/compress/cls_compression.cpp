@@ -1,7 +1,6 @@
 #include "compress/cls_compression.h"
 
 #include <algorithm>
-#include <string_view>
 
 #include "core/charset/charset_request.h"
 #include "core/data_sink.h"
@@ -9,44 +8,15 @@
 #include "frame/text_to_charset.h"
 
 namespace zantrel {
-namespace {
-
-struct AlgorithmName {
-  CompressionAlgorithm algorithm;
-  const char* name;
-};
-
-constexpr AlgorithmName kNames[] = {{CompressionAlgorithm::None, "none"},
-                                    {CompressionAlgorithm::Deflate, "deflate"},
-                                    {CompressionAlgorithm::Bzip2, "bz2"},
-                                    {CompressionAlgorithm::Lzw, "lzw"},
-                                    {CompressionAlgorithm::Ppmd, "ppmd"}};
-
-// A part of a name decides, in this order; "zlib" is PPMd, which is deliberate.
-constexpr AlgorithmName kParts[] = {{CompressionAlgorithm::Bzip2, "bz"},
-                                    {CompressionAlgorithm::None, "none"},
-                                    {CompressionAlgorithm::Lzw, "lz"}};
-
-}  // namespace
 
 // Settings
 
 void ClsCompression::get_Algorithm(XString& out) {
-  const auto* row = std::find_if(std::begin(kNames), std::end(kNames), [&](const auto& candidate) {
-    return candidate.algorithm == front_.algorithm();
-  });
-  out.setFromUtf8(row->name);
+  out.setFromUtf8(compressionAlgorithmName(front_.algorithm()));
 }
 
 void ClsCompression::put_Algorithm(const XString& name) {
-  StringBuffer key(name.utf8());
-  key.trim2();
-  key.toLowerCase();
-  if (key.equals("deflate")) return front_.setAlgorithm(CompressionAlgorithm::Deflate);
-  for (const AlgorithmName& part : kParts) {
-    if (key.containsSubstring(part.name)) return front_.setAlgorithm(part.algorithm);
-  }
-  front_.setAlgorithm(CompressionAlgorithm::Ppmd);
+  front_.setAlgorithm(compressionAlgorithmOf(name.utf8()));
 }
 
 bool ClsCompression::put_DeflateLevel(int level) {

@@ -5,6 +5,7 @@
 #include "compress/lzw_engine.h"
 #include "compress/ppmd_engine.h"
 #include "compress/zantrel_deflate.h"
+#include "core/string_buffer.h"
 
 namespace zantrel {
 
@@ -25,6 +26,28 @@ Engine& made(std::unique_ptr<Engine>& engine) {
 }
 
 }  // namespace
+
+CompressionAlgorithm compressionAlgorithmOf(std::string_view name) {
+  struct Part {
+    const char* text;
+    CompressionAlgorithm algorithm;
+  };
+  constexpr Part kParts[] = {{"bz", CompressionAlgorithm::Bzip2},
+                             {"none", CompressionAlgorithm::None},
+                             {"lz", CompressionAlgorithm::Lzw}};
+  StringBuffer key(name);
+  key.trim2();
+  key.toLowerCase();
+  if (key.equals("deflate")) return CompressionAlgorithm::Deflate;
+  for (const Part& part : kParts)
+    if (key.containsSubstring(part.text)) return part.algorithm;
+  return CompressionAlgorithm::Ppmd;
+}
+
+const char* compressionAlgorithmName(CompressionAlgorithm algorithm) noexcept {
+  constexpr const char* kNames[] = {"none", "deflate", "bz2", "lzw", "ppmd"};
+  return kNames[static_cast<int>(algorithm)];
+}
 
 ZantrelCompress::ZantrelCompress() : engines_(std::make_unique<Engines>()) {}
 ZantrelCompress::~ZantrelCompress() = default;

@@ -3,6 +3,7 @@
 
 #include <cstdint>
 #include <memory>
+#include <string_view>
 
 #include "compress/compression_engine.h"
 #include "core/zantrel_object.h"
@@ -16,6 +17,13 @@ enum class CompressionAlgorithm : std::int32_t {
   Lzw = 3,
   Ppmd = 4,
 };
+
+/// The format of a name: "deflate" alone, any name that contains "bz", "none" or "lz", in this
+/// order; every other one is PPMd, "zlib" among them, deliberately. Case and blanks around do not
+/// matter.
+CompressionAlgorithm compressionAlgorithmOf(std::string_view name);
+/// "none", "deflate", "bz2", "lzw" or "ppmd".
+const char* compressionAlgorithmName(CompressionAlgorithm algorithm) noexcept;
 
 /// Holds one engine of each kind, made when it is first needed. Every operation is the engine's;
 /// see CompressionEngine.

@@ -4,6 +4,7 @@
 #include <string>
 #include <string_view>
 
+#include "compress/zantrel_compress.h"
 #include "core/data_buffer.h"
 #include "core/encode/cls_encode.h"
 #include "core/xstring.h"
@@ -129,6 +130,24 @@ class ClsCrypt final : public Component, public ClsEncode, public ZantrelCritSec
   bool MySqlAesEncryptX(const XString& text, const XString& password, XString& out);
   bool MySqlAesDecryptX(const XString& text, const XString& password, XString& out);
 
+  // Compression, alone and with encryption (crypt_compress.cpp)
+
+  void get_CompressionAlgorithm(XString& out);
+  void put_CompressionAlgorithm(const XString& name);
+  bool put_MaxDecompressedSize(std::int64_t bytes);
+  bool CompressBytesX(const DataBuffer& data, DataBuffer& out);
+  bool CompressBytesENCX(const DataBuffer& data, XString& out);
+  bool CompressStringX(const XString& text, DataBuffer& out);
+  bool CompressStringENCX(const XString& text, XString& out);
+  bool InflateBytesX(const DataBuffer& data, DataBuffer& out);
+  bool InflateBytesENCX(const XString& text, DataBuffer& out);
+  bool InflateStringX(const DataBuffer& data, XString& out);
+  bool InflateStringENCX(const XString& text, XString& out);
+  bool ZipAndEncryptX(const DataBuffer& data, DataBuffer& out);
+  bool ZipAndEncryptStrX(const XString& text, DataBuffer& out);
+  bool DecryptAndUnzipX(const DataBuffer& data, DataBuffer& out);
+  bool DecryptAndUnzipStrX(const DataBuffer& data, XString& out);
+
   // Encodings and utilities (crypt_encode.cpp)
 
   bool EncodeStringX(const XString& text, const XString& charset, const XString& encoding,
@@ -192,9 +211,13 @@ class ClsCrypt final : public Component, public ClsEncode, public ZantrelCritSec
   CryptChoice cryptChoice() const;
   template <class Body>
   bool withCryptChoice(MethodCall& call, const Body& body);
-  bool crypt(MethodCall& call, CipherDirection direction, ByteSpan in, DataBuffer& out);
+  /// Whether a call obeys FirstChunk and LastChunk.
+  enum class Chunking { asSet, whole };
+  bool crypt(MethodCall& call, CipherDirection direction, Chunking chunking, ByteSpan in,
+             DataBuffer& out);
   bool encrypt(MethodCall& call, ByteSpan in, DataBuffer& out);
-  bool decrypt(MethodCall& call, const char* failure, ByteSpan in, DataBuffer& out);
+  bool decrypt(MethodCall& call, const char* failure, Chunking chunking, ByteSpan in,
+               DataBuffer& out);
   bool decryptBytes(MethodCall& call, ByteSpan in, DataBuffer& out);
   bool decryptText(MethodCall& call, ByteSpan in, XString& out);
   bool decryptString(const char* method, const DataBuffer& data, XString& out);
@@ -204,6 +227,11 @@ class ClsCrypt final : public Component, public ClsEncode, public ZantrelCritSec
   static void logInput(MethodCall& call, std::string_view text, std::size_t count);
   /// Puts what a text encodes into `out`, leaving no copies behind.
   bool decodeSecret(const XString& text, const XString& encoding, SecretBuffer& out);
+  bool compress(MethodCall& call, ByteSpan in, DataBuffer& out);
+  bool inflate(MethodCall& call, ByteSpan in, DataBuffer& out);
+  bool inflateText(MethodCall& call, ByteSpan in, XString& out);
+  bool zipAndEncrypt(MethodCall& call, ByteSpan in, DataBuffer& out);
+  bool decryptAndUnzip(MethodCall& call, ByteSpan in, DataBuffer& out);
   bool generateSecretKey(MethodCall& call, const XString& passPhrase, DataBuffer& out);
 
   CountedObject<LiveObject::ClsCrypt> counted_;
@@ -222,6 +250,7 @@ class ClsCrypt final : public Component, public ClsEncode, public ZantrelCritSec
   bool hasIv_ = false;
   SecretBuffer salt_;
   SecretText pbesPassword_;
+  CompressionAlgorithm compression_ = CompressionAlgorithm::Deflate;
 };
 
 }  // namespace zantrel

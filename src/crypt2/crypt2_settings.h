@@ -18,6 +18,7 @@ struct Crypt2Settings {
   bool lastChunk = true;
   XString pbesAlgorithm{"aes"};
   std::int32_t iterationCount = 1024;
+  std::int64_t maxDecompressedSize = 0;
 };
 
 }  // namespace zantrel

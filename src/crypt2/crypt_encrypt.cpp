@@ -44,10 +44,12 @@ bool ClsCrypt::withCryptChoice(MethodCall& call, const Body& body) {
 }
 
 // FirstChunk and LastChunk count for the ciphers only: everything else is always whole.
-bool ClsCrypt::crypt(MethodCall& call, CipherDirection direction, ByteSpan in, DataBuffer& out) {
+bool ClsCrypt::crypt(MethodCall& call, CipherDirection direction, Chunking chunking, ByteSpan in,
+                     DataBuffer& out) {
   return withCryptChoice(call, [&](const CryptChoice& choice) {
-    const bool first = settings_.firstChunk || !choice.isKeyed();
-    const bool last = settings_.lastChunk || !choice.isKeyed();
+    const bool isWhole = chunking == Chunking::whole || !choice.isKeyed();
+    const bool first = isWhole || settings_.firstChunk;
+    const bool last = isWhole || settings_.lastChunk;
     CryptCipher whole;
     CryptCipher& cipher = first && last ? whole : direction == kEncrypt ? encryption_ : decryption_;
     if (first) {
@@ -62,11 +64,12 @@ bool ClsCrypt::crypt(MethodCall& call, CipherDirection direction, ByteSpan in, D
 }
 
 bool ClsCrypt::encrypt(MethodCall& call, ByteSpan in, DataBuffer& out) {
-  return crypt(call, kEncrypt, in, out);
+  return crypt(call, kEncrypt, Chunking::asSet, in, out);
 }
 
-bool ClsCrypt::decrypt(MethodCall& call, const char* failure, ByteSpan in, DataBuffer& out) {
-  if (crypt(call, kDecrypt, in, out)) return true;
+bool ClsCrypt::decrypt(MethodCall& call, const char* failure, Chunking chunking, ByteSpan in,
+                       DataBuffer& out) {
+  if (crypt(call, kDecrypt, chunking, in, out)) return true;
   call.log().logError(failure);
   call.log().logData64("originalDataSize", static_cast<std::int64_t>(in.size()));
   call.log().logData64("decryptedDataSize", std::int64_t{out.getSize()});
@@ -74,12 +77,12 @@ bool ClsCrypt::decrypt(MethodCall& call, const char* failure, ByteSpan in, DataB
 }
 
 bool ClsCrypt::decryptBytes(MethodCall& call, ByteSpan in, DataBuffer& out) {
-  return decrypt(call, "Failed to decrypt data", in, out);
+  return decrypt(call, "Failed to decrypt data", Chunking::asSet, in, out);
 }
 
 bool ClsCrypt::decryptText(MethodCall& call, ByteSpan in, XString& out) {
   SecretBuffer text;
-  return decrypt(call, "Failed to decrypt data.", in, text.buffer()) &&
+  return decrypt(call, "Failed to decrypt data.", Chunking::asSet, in, text.buffer()) &&
          fromCharset(call, text.bytes(), settings_.charset, out);
 }
 

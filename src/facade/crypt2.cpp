@@ -400,6 +400,144 @@ bool Crypt2::MySqlAesDecrypt(Text encoded, Text password, std::string& out) {
                       out);
 }
 
+std::string Crypt2::get_CompressionAlgorithm() const {
+  return facade::get<std::string>(impl_, "CompressionAlgorithm",
+                                  &ClsCrypt::get_CompressionAlgorithm);
+}
+
+void Crypt2::put_CompressionAlgorithm(Text value) {
+  facade::put(impl_, "CompressionAlgorithm", &ClsCrypt::put_CompressionAlgorithm, value);
+}
+
+std::int64_t Crypt2::get_MaxDecompressedSize() const {
+  return facade::get<std::int64_t>(impl_, "MaxDecompressedSize",
+                                   &Crypt2Settings::maxDecompressedSize);
+}
+
+bool Crypt2::put_MaxDecompressedSize(std::int64_t value) {
+  return facade::put(impl_, "MaxDecompressedSize", &ClsCrypt::put_MaxDecompressedSize, value);
+}
+
+Bytes Crypt2::CompressBytes(ByteView data) {
+  Bytes out;
+  CompressBytes(data, out);
+  return out;
+}
+
+bool Crypt2::CompressBytes(ByteView data, Bytes& out) {
+  return facade::call(impl_, "CompressBytes", &ClsCrypt::CompressBytesX, data, out);
+}
+
+std::string Crypt2::CompressBytesENC(ByteView data) {
+  std::string out;
+  CompressBytesENC(data, out);
+  return out;
+}
+
+bool Crypt2::CompressBytesENC(ByteView data, std::string& out) {
+  return facade::call(impl_, "CompressBytesENC", &ClsCrypt::CompressBytesENCX, data, out);
+}
+
+Bytes Crypt2::CompressString(Text str) {
+  Bytes out;
+  CompressString(str, out);
+  return out;
+}
+
+bool Crypt2::CompressString(Text str, Bytes& out) {
+  return facade::call(impl_, "CompressString", &ClsCrypt::CompressStringX, str, out);
+}
+
+std::string Crypt2::CompressStringENC(Text str) {
+  std::string out;
+  CompressStringENC(str, out);
+  return out;
+}
+
+bool Crypt2::CompressStringENC(Text str, std::string& out) {
+  return facade::call(impl_, "CompressStringENC", &ClsCrypt::CompressStringENCX, str, out);
+}
+
+Bytes Crypt2::InflateBytes(ByteView data) {
+  Bytes out;
+  InflateBytes(data, out);
+  return out;
+}
+
+bool Crypt2::InflateBytes(ByteView data, Bytes& out) {
+  return facade::call(impl_, "InflateBytes", &ClsCrypt::InflateBytesX, data, out);
+}
+
+Bytes Crypt2::InflateBytesENC(Text encoded) {
+  Bytes out;
+  InflateBytesENC(encoded, out);
+  return out;
+}
+
+bool Crypt2::InflateBytesENC(Text encoded, Bytes& out) {
+  return facade::call(impl_, "InflateBytesENC", &ClsCrypt::InflateBytesENCX, encoded, out);
+}
+
+std::string Crypt2::InflateString(ByteView data) {
+  std::string out;
+  InflateString(data, out);
+  return out;
+}
+
+bool Crypt2::InflateString(ByteView data, std::string& out) {
+  return facade::call(impl_, "InflateString", &ClsCrypt::InflateStringX, data, out);
+}
+
+std::string Crypt2::InflateStringENC(Text encoded) {
+  std::string out;
+  InflateStringENC(encoded, out);
+  return out;
+}
+
+bool Crypt2::InflateStringENC(Text encoded, std::string& out) {
+  return facade::call(impl_, "InflateStringENC", &ClsCrypt::InflateStringENCX, encoded, out);
+}
+
+Bytes Crypt2::ZipAndEncrypt(ByteView data) {
+  Bytes out;
+  ZipAndEncrypt(data, out);
+  return out;
+}
+
+bool Crypt2::ZipAndEncrypt(ByteView data, Bytes& out) {
+  return facade::call(impl_, "ZipAndEncrypt", &ClsCrypt::ZipAndEncryptX, data, out);
+}
+
+Bytes Crypt2::ZipAndEncryptStr(Text str) {
+  Bytes out;
+  ZipAndEncryptStr(str, out);
+  return out;
+}
+
+bool Crypt2::ZipAndEncryptStr(Text str, Bytes& out) {
+  return facade::call(impl_, "ZipAndEncryptStr", &ClsCrypt::ZipAndEncryptStrX, str, out);
+}
+
+Bytes Crypt2::DecryptAndUnzip(ByteView data) {
+  Bytes out;
+  DecryptAndUnzip(data, out);
+  return out;
+}
+
+bool Crypt2::DecryptAndUnzip(ByteView data, Bytes& out) {
+  return facade::call(impl_, "DecryptAndUnzip", &ClsCrypt::DecryptAndUnzipX, data, out);
+}
+
+std::string Crypt2::DecryptAndUnzipStr(ByteView data) {
+  std::string out;
+  DecryptAndUnzipStr(data, out);
+  return out;
+}
+
+bool Crypt2::DecryptAndUnzipStr(ByteView data, std::string& out) {
+  return facade::call(impl_, "DecryptAndUnzipStr", &ClsCrypt::DecryptAndUnzipStrX, data, out);
+}
+
 bool Crypt2::SetEncodedKey(Text key, Text encoding) {
   return facade::call(impl_, "SetEncodedKey", &ClsCrypt::SetEncodedKey, key, encoding);
 }

@@ -34,6 +34,8 @@ TEST(Crypt2SurfaceTest, PropertiesHaveTheirDefaults) {
   EXPECT_EQ(object.get_PbesAlgorithm(), "aes");
   EXPECT_EQ(object.get_PbesPassword(), "");
   EXPECT_EQ(object.get_IterationCount(), 1024);
+  EXPECT_EQ(object.get_CompressionAlgorithm(), "deflate");
+  EXPECT_EQ(object.get_MaxDecompressedSize(), 0);
 }
 
 TEST(Crypt2SurfaceTest, StoredPropertiesGiveBackWhatWasPut) {
@@ -84,6 +86,20 @@ const std::vector<test::MethodCall<Crypt2>> kMethods = {
     {"ZT_DecryptFile", [](Crypt2& object) { return object.ZT_DecryptFile("", ""); }},
     {"MySqlAesEncrypt", [](Crypt2& object) { return !object.MySqlAesEncrypt("", "").empty(); }},
     {"MySqlAesDecrypt", [](Crypt2& object) { return !object.MySqlAesDecrypt("", "").empty(); }},
+    {"CompressBytes", [](Crypt2& object) { return !object.CompressBytes(ByteView{}).empty(); }},
+    {"CompressBytesENC",
+     [](Crypt2& object) { return !object.CompressBytesENC(ByteView{}).empty(); }},
+    {"CompressString", [](Crypt2& object) { return !object.CompressString("").empty(); }},
+    {"CompressStringENC", [](Crypt2& object) { return !object.CompressStringENC("").empty(); }},
+    {"InflateBytes", [](Crypt2& object) { return !object.InflateBytes(ByteView{}).empty(); }},
+    {"InflateBytesENC", [](Crypt2& object) { return !object.InflateBytesENC("").empty(); }},
+    {"InflateString", [](Crypt2& object) { return !object.InflateString(ByteView{}).empty(); }},
+    {"InflateStringENC", [](Crypt2& object) { return !object.InflateStringENC("").empty(); }},
+    {"ZipAndEncrypt", [](Crypt2& object) { return !object.ZipAndEncrypt(ByteView{}).empty(); }},
+    {"ZipAndEncryptStr", [](Crypt2& object) { return !object.ZipAndEncryptStr("").empty(); }},
+    {"DecryptAndUnzip", [](Crypt2& object) { return !object.DecryptAndUnzip(ByteView{}).empty(); }},
+    {"DecryptAndUnzipStr",
+     [](Crypt2& object) { return !object.DecryptAndUnzipStr(ByteView{}).empty(); }},
     {"SetEncodedKey", [](Crypt2& object) { return object.SetEncodedKey("", ""); }},
     {"GetEncodedKey", [](Crypt2& object) { return !object.GetEncodedKey("").empty(); }},
     {"GetEncodedIV", [](Crypt2& object) { return !object.GetEncodedIV("").empty(); }},
