@@ -1,0 +1,441 @@
+// The parser walks over a copy of the text, which becomes the text of the tree: names, values and
+// content are slices of it, decoded in place. Children and attributes are gathered on stacks and
+// stored as lists of exact size when an element is complete. The functions take where they are and
+// return where they got to, so that the compiler keeps it in a register.
+
+#include "xml/parse_engine.h"
+
+#include <algorithm>
+#include <array>
+#include <cstdint>
+#include <cstring>
+#include <new>
+#include <utility>
+#include <vector>
+
+#include "core/ascii_text.h"
+#include "core/log_base.h"
+#include "core/string_buffer.h"
+#include "core/xstring.h"
+#include "frame/progress_monitor.h"
+#include "xml/content_pieces.h"
+#include "xml/xml_decode.h"
+#include "xml/xml_store.h"
+
+namespace zantrel {
+
+namespace {
+
+// Classes of characters.
+enum : std::uint8_t { kSpace = 1, kEndsTag = 2, kEndsName = 4, kQuote = 8 };
+
+constexpr std::array<std::uint8_t, 256> kClasses = [] {
+  std::array<std::uint8_t, 256> classes{};
+  for (const char c : {' ', '\t', '\r', '\n'})
+    classes[static_cast<std::uint8_t>(c)] = kSpace | kEndsTag | kEndsName;
+  classes['/'] = classes['>'] = kEndsTag | kEndsName;
+  classes['='] = kEndsName;
+  classes['"'] = classes['\''] = kQuote;
+  return classes;
+}();
+
+std::uint8_t classOf(char c) {
+  return kClasses[static_cast<std::uint8_t>(c)];
+}
+bool is(char c, unsigned which) {
+  return (classOf(c) & which) != 0;
+}
+
+constexpr std::uint32_t kMostErrors = 100;
+
+class Parser final {
+ public:
+  Parser(XmlStore& store, bool trim, LogBase& log, ProgressMonitor* progress)
+      : store_(store),
+        arena_(store.newArena()),
+        trim_(trim),
+        log_(log),
+        progress_(progress),
+        pieces_(arena_) {}
+
+  TreeInfo* parse(std::string_view text);
+
+ private:
+  struct Open {  // an element that has begun
+    TreeNode* node;
+    // Most content is one text, which needs no list.
+    char* onlyText;
+    std::size_t onlySize;
+    std::size_t firstPiece;
+    std::size_t firstChild;
+  };
+
+  char* readText(char* at);
+  void addText(Open& element, char* text, std::size_t size);
+  void listOnlyText(Open& element);
+  char* readMarkup(char* at);
+  char* readComment(char* at);
+  char* readCdata(char* at);
+  char* readDocType(char* at);
+  char* readInstruction(char* at);
+  char* readStyleSheet(char* at);
+  char* readClosingTag(char* at);
+  char* readElement(char* at);
+  char* readAttributes(char* at, TreeNode* node, bool& isEmpty);
+  char* readAttribute(char* at);
+  char* readValue(char* at, AttributeSet::Attribute& attribute);
+  void keepAttributes(TreeNode* node);
+  void closeElement();
+  void keepChildren(TreeNode* node, std::size_t first);
+  void complete(TreeNode* node);
+  void finish();
+  void dropDocument();
+
+  TreeNode* newNode(const char* tag, const char* tagEnd) {
+    TreeNode* const node = arena_.newNode();
+    node->borrowTag(tag, static_cast<std::size_t>(tagEnd - tag));
+    return node;
+  }
+  static char* skipSpace(char* at) {
+    while (is(*at, kSpace)) ++at;
+    return at;
+  }
+  std::size_t left(const char* at) const { return static_cast<std::size_t>(end_ - at); }
+  std::string_view rest(const char* at) const { return {at, left(at)}; }
+  char* find(char* at, char c) const {
+    auto* const found = static_cast<char*>(std::memchr(at, c, left(at)));
+    return found != nullptr ? found : end_;
+  }
+  bool startsWith(const char* at, std::string_view word) const {
+    return left(at) >= word.size() && std::equal(word.begin(), word.end(), at, [](char a, char b) {
+             return asciiLower(a) == asciiLower(b);
+           });
+  }
+  bool startsWithWord(const char* at, std::string_view word) const {
+    return startsWith(at, word) && left(at) > word.size() && is(at[word.size()], kSpace);
+  }
+  void logErrorAt(const char* error, const char* place);
+
+  XmlStore& store_;
+  XmlArena& arena_;
+  bool trim_;
+  LogBase& log_;
+  ProgressMonitor* progress_;
+
+  char* text_ = nullptr;  // the document's, with a ">" behind its end
+  char* end_ = nullptr;
+  bool stopped_ = false;
+  bool aborted_ = false;
+
+  std::vector<Open> open_;
+  std::vector<TreeNode*> children_;  // complete children of open elements, the innermost's last
+  std::vector<AttributeSet::Attribute> attributes_;
+  ContentPieces pieces_;
+
+  // What the next complete top-level element gets.
+  TreeNode* declaration_ = nullptr;
+  std::vector<TreeNode*> instructions_;
+  StringBuffer docType_{std::string_view()};
+  StringBuffer styleSheet_{std::string_view()};
+  TreeInfo* document_ = nullptr;
+
+  std::uint32_t errors_ = 0;
+  const char* lineStart_ = nullptr;
+  const char* counted_ = nullptr;
+  std::uint32_t line_ = 1;
+};
+
+TreeInfo* Parser::parse(std::string_view text) {
+  if (text.size() > 0x7FFFFFFF) throw std::bad_alloc();
+  text_ = static_cast<char*>(arena_.allocate(text.size() + 1));
+  if (!text.empty()) std::memcpy(text_, text.data(), text.size());
+  end_ = text_ + text.size();
+  *end_ = '>';  // so that names end
+  lineStart_ = counted_ = text_;
+  if (progress_ != nullptr) progress_->reset(static_cast<std::int64_t>(text.size()));
+  open_.reserve(32);
+  children_.reserve(32);
+  for (char* at = text_; at != end_ && !stopped_;) at = *at == '<' ? readMarkup(at) : readText(at);
+  finish();
+  if (progress_ != nullptr && !aborted_) progress_->end();
+  return document_;
+}
+
+inline char* Parser::readText(char* at) {
+  if (trim_) {
+    at = skipSpace(at);
+    if (*at == '<') return at;
+  }
+  char* const next = find(at, '<');
+  char* last = next;
+  if (trim_)
+    while (last != at && is(last[-1], kSpace)) --last;
+  if (last != at && !open_.empty()) addText(open_.back(), at, static_cast<std::size_t>(last - at));
+  return next;
+}
+
+inline void Parser::addText(Open& element, char* text, std::size_t size) {
+  if (pieces_.start() == element.firstPiece && element.onlyText == nullptr) {
+    element.onlyText = text;
+    element.onlySize = size;
+    return;
+  }
+  listOnlyText(element);
+  pieces_.addText(text, size);
+}
+
+void Parser::listOnlyText(Open& element) {
+  if (element.onlyText != nullptr)
+    pieces_.addText(std::exchange(element.onlyText, nullptr), element.onlySize);
+}
+
+inline char* Parser::readMarkup(char* at) {
+  const char kind = at[1];
+  if (kind == '/') return readClosingTag(at);
+  if (kind == '?') return readInstruction(at);
+  if (kind != '!') return readElement(at);
+  if (startsWith(at, "<!--")) return readComment(at);
+  if (startsWith(at, "<![CDATA[")) return readCdata(at);
+  if (startsWith(at, "<!DOCTYPE")) return readDocType(at);
+  char* const end = find(at, '>');
+  return end != end_ ? end + 1 : end;
+}
+
+char* Parser::readComment(char* at) {
+  constexpr std::size_t kStart = 4;
+  constexpr std::string_view kEnd = "-->";
+  const std::size_t size = rest(at + kStart).find(kEnd);
+  if (size != std::string_view::npos) return at + kStart + size + kEnd.size();
+  logErrorAt("Unclosed comment", at);
+  stopped_ = true;
+  return end_;
+}
+
+char* Parser::readCdata(char* at) {
+  constexpr std::size_t kStart = 9;
+  constexpr std::string_view kEnd = "]]>";
+  char* const begin = at + kStart;
+  const std::size_t size = rest(begin).find(kEnd);
+  const bool closed = size != std::string_view::npos;
+  if (!closed) logErrorAt("Unclosed CDATA section", at);
+  if (!open_.empty()) {
+    listOnlyText(open_.back());
+    pieces_.addCdata(begin, closed ? size : left(begin));
+    open_.back().node->setCdata(true);
+  }
+  return closed ? begin + size + kEnd.size() : end_;
+}
+
+char* Parser::readDocType(char* at) {
+  char* const begin = at;
+  for (std::size_t depth = 0; at != end_;) {
+    const char c = *at++;
+    if (c == '<') ++depth;
+    if (c != '>' || --depth != 0) continue;
+    docType_.append(begin, static_cast<std::size_t>(at - begin));
+    docType_.appendChar('\n');
+    return at;
+  }
+  logErrorAt("Failed to parse DTD", begin);
+  return at;
+}
+
+char* Parser::readInstruction(char* at) {
+  if (startsWithWord(at, "<?xml-stylesheet")) return readStyleSheet(at);
+  char* const target = at + 2;
+  const bool isDeclaration = startsWithWord(target, "xml");
+  at = target;
+  while (!is(*at, kEndsTag)) ++at;
+  const bool endsHere = at != target && at[-1] == '?';
+  TreeNode* const node = newNode(target, endsHere ? at - 1 : at);
+  if (!isDeclaration) {
+    instructions_.push_back(node);
+  } else {
+    if (declaration_ != nullptr) store_.end(declaration_);
+    declaration_ = node;
+  }
+  bool isEmpty = false;
+  return readAttributes(at, node, isEmpty);
+}
+
+char* Parser::readStyleSheet(char* at) {
+  constexpr std::string_view kEnd = "?>";
+  const std::size_t end = rest(at).find(kEnd);
+  const std::size_t size = end != std::string_view::npos ? end + kEnd.size() : left(at);
+  styleSheet_.append(at, size);
+  styleSheet_.appendChar('\n');
+  return at + size;
+}
+
+inline char* Parser::readClosingTag(char* at) {
+  const char* const tag = at;
+  at += 2;
+  while (*at != '>' && *at != '<') ++at;
+  if (*at == '<' || at == end_) {
+    logErrorAt("Error in closing tag", tag);
+    if (!open_.empty() && errors_ <= kMostErrors)
+      log_.logDataStr("error_tag", XString(open_.back().node->tag()));
+  } else {
+    ++at;
+  }
+  if (progress_ != nullptr) {
+    progress_->setPercent(at - text_, aborted_);
+    stopped_ = aborted_;
+  }
+  // Whatever its name is: deliberate.
+  if (!open_.empty()) closeElement();
+  return at;
+}
+
+inline char* Parser::readElement(char* at) {
+  char* const tag = ++at;
+  while (!is(*at, kEndsTag)) ++at;
+  TreeNode* const node = newNode(tag, at);
+  open_.push_back({node, nullptr, 0, pieces_.start(), children_.size()});
+  bool isEmpty = false;
+  if (*at == '>' && at != end_)
+    ++at;
+  else
+    at = readAttributes(at, node, isEmpty);
+  if (isEmpty) closeElement();
+  return at;
+}
+
+// Up to the end of the tag, which may say that the element is empty.
+char* Parser::readAttributes(char* at, TreeNode* node, bool& isEmpty) {
+  attributes_.clear();
+  for (;;) {
+    at = skipSpace(at);
+    if (*at == '>' || at == end_) break;
+    isEmpty = *at == '/';
+    at = isEmpty ? at + 1 : readAttribute(at);
+  }
+  if (!attributes_.empty()) keepAttributes(node);
+  return at != end_ ? at + 1 : at;
+}
+
+inline char* Parser::readAttribute(char* at) {
+  AttributeSet::Attribute attribute{};
+  char* const name = at;
+  unsigned classes = 0;
+  for (unsigned one; ((one = classOf(*at)) & kEndsName) == 0; ++at) classes |= one;
+  char* nameEnd = at;
+  if ((classes & kQuote) != 0)
+    nameEnd = std::remove_if(name, at, [](char c) { return is(c, kQuote); });
+  at = skipSpace(at);
+  if (*at == '=' && at != end_)
+    at = readValue(skipSpace(at + 1), attribute);
+  else if (nameEnd != name && nameEnd[-1] == '?')
+    --nameEnd;  // it belongs to the end of a declaration
+  if (nameEnd == name) return at;
+  attribute.name = name;
+  attribute.nameSize = static_cast<std::uint32_t>(nameEnd - name);
+  attributes_.push_back(attribute);
+  return at;
+}
+
+// Up to a quote, which without one at the beginning is the next of either kind: deliberate, as tags
+// lose their ends by it.
+inline char* Parser::readValue(char* at, AttributeSet::Attribute& attribute) {
+  if (at == end_) return at;
+  char* begin = at;
+  char* last = at;
+  unsigned char references = 0;
+  if (is(*begin, kQuote)) {
+    const char quote = *begin++;
+    for (last = begin; *last != quote && last != end_; ++last) references |= *last == '&';
+  } else {
+    for (; last != end_ && !is(*last, kQuote); ++last) references |= *last == '&';
+  }
+  std::size_t size = static_cast<std::size_t>(last - begin);
+  if (references != 0) size = decodeReferences(begin, size, 1);
+  attribute.value = begin;
+  attribute.valueSize = static_cast<std::uint32_t>(size);
+  return last != end_ ? last + 1 : last;
+}
+
+inline void Parser::keepAttributes(TreeNode* node) {
+  void* const memory = arena_.allocate(AttributeSet::listBytes(attributes_.size()));
+  node->borrowAttributes(memory, attributes_.data(), attributes_.size());
+}
+
+void Parser::closeElement() {
+  const Open closed = open_.back();
+  open_.pop_back();
+  if (closed.onlyText != nullptr) {
+    closed.node->borrowContent(closed.onlyText,
+                               decodeReferences(closed.onlyText, closed.onlySize, 1));
+  } else if (pieces_.start() != closed.firstPiece) {
+    const std::string_view content = pieces_.take(closed.firstPiece);
+    closed.node->borrowContent(content.data(), content.size());
+  }
+  if (children_.size() != closed.firstChild) keepChildren(closed.node, closed.firstChild);
+  if (open_.empty())
+    complete(closed.node);
+  else
+    children_.push_back(closed.node);
+}
+
+inline void Parser::keepChildren(TreeNode* node, std::size_t first) {
+  const std::size_t count = children_.size() - first;
+  auto** const list = static_cast<TreeNode**>(arena_.allocate(count * sizeof(TreeNode*)));
+  std::copy_n(children_.data() + first, count, list);
+  children_.resize(first);
+  node->borrowChildren(list, count);
+}
+
+// A top-level element has ended: it is the document, until another one is.
+void Parser::complete(TreeNode* node) {
+  dropDocument();
+  document_ = store_.newTreeWithoutHandles(node);
+  document_->declaration = std::exchange(declaration_, nullptr);
+  document_->processingInstructions.swap(instructions_);
+  if (!docType_.empty()) std::swap(document_->docType, docType_);
+  if (!styleSheet_.empty()) std::swap(document_->styleSheet, styleSheet_);
+  if (document_->declaration == nullptr) return;
+  const AttributeSet& attributes = document_->declaration->attributes();
+  const std::ptrdiff_t standalone = attributes.find("standalone");
+  document_->standalone =
+      standalone >= 0 && attributes[static_cast<std::size_t>(standalone)].valueView() == "yes";
+}
+
+void Parser::dropDocument() {
+  if (document_ != nullptr) store_.end(std::exchange(document_, nullptr));
+}
+
+// Elements still open are the document, down from the outermost, where there is none else.
+void Parser::finish() {
+  TreeInfo* const before = std::exchange(document_, nullptr);
+  while (!open_.empty()) closeElement();
+  if (before != nullptr) {
+    dropDocument();
+    document_ = before;
+  }
+  if (aborted_) dropDocument();
+  if (declaration_ != nullptr) store_.end(declaration_);
+  for (TreeNode* instruction : instructions_) store_.end(instruction);
+}
+
+// Lines are counted from the last error on, so that many errors cost no more than one.
+void Parser::logErrorAt(const char* error, const char* place) {
+  if (++errors_ > kMostErrors) {
+    if (errors_ == kMostErrors + 1) log_.logInfo("Further errors in the XML are not listed.");
+    return;
+  }
+  for (; counted_ != place; ++counted_) {
+    if (*counted_ != '\n') continue;
+    ++line_;
+    lineStart_ = counted_ + 1;
+  }
+  log_.logError(error);
+  log_.logDataLong("line", static_cast<std::int32_t>(line_));
+  log_.logDataLong("column", static_cast<std::int32_t>(place - lineStart_ + 1));
+}
+
+}  // namespace
+
+TreeInfo* ParseEngine::parse(std::string_view text) {
+  return Parser(store_, options_.trim, log_, progress_).parse(text);
+}
+
+}  // namespace zantrel

@@ -1,0 +1,127 @@
+#include "xml/tree_node.h"
+
+#include <algorithm>
+#include <bit>
+#include <new>
+#include <utility>
+
+#include "xml/xml_store.h"
+
+namespace zantrel {
+
+void TreeNode::releaseOwned() {
+  XmlSlice::release(tag_, tagSize_);
+  XmlSlice::release(content_, contentSize_);
+  attributes_.clear();
+  if ((flags_ & kOwnChildren) != 0) delete[] children_;
+  children_ = nullptr;
+  childCount_ = 0;
+  flags_ = 0;
+}
+
+void TreeNode::set(const char*& text, std::uint32_t& size, std::string_view first,
+                   std::string_view second) {
+  XmlArena::noteOwner(this);
+  XmlSlice::assign(text, size, first, second);
+}
+
+AttributeSet& TreeNode::editAttributes() {
+  XmlArena::noteOwner(this);
+  return attributes_;
+}
+
+const TreeNode* TreeNode::root() const {
+  const TreeNode* node = this;
+  while (const TreeNode* above = node->parent()) node = above;
+  return node;
+}
+
+TreeInfo* TreeNode::tree() const {
+  const TreeNode* const top = root();
+  return top->isRoot() ? static_cast<TreeInfo*>(top->above_) : nullptr;
+}
+
+std::size_t TreeNode::index() const {
+  const TreeNode* const above = parent();
+  if (above == nullptr) return 0;
+  // Siblings that came or went have moved this node by a few places at most, as a rule.
+  const std::size_t count = above->childCount_;
+  const std::size_t guess = std::min<std::size_t>(index_, count - 1);
+  for (std::size_t away = 0;; ++away) {
+    if (guess + away < count && above->children_[guess + away] == this)
+      index_ = static_cast<std::uint32_t>(guess + away);
+    else if (away <= guess && above->children_[guess - away] == this)
+      index_ = static_cast<std::uint32_t>(guess - away);
+    else
+      continue;
+    return index_;
+  }
+}
+
+TreeNode* TreeNode::next(const TreeNode* top) const {
+  return childCount_ != 0 ? children_[0] : nextBeside(top);
+}
+
+TreeNode* TreeNode::nextBeside(const TreeNode* top) const {
+  for (const TreeNode* node = this; node != top; node = node->parent()) {
+    const TreeNode* const above = node->parent();
+    if (above == nullptr) break;
+    const std::size_t beside = node->index() + 1;
+    if (beside < above->childCount_) {
+      above->children_[beside]->index_ = static_cast<std::uint32_t>(beside);
+      return above->children_[beside];
+    }
+  }
+  return nullptr;
+}
+
+// Lists double when their count is a power of two; those of the parser have no room to spare.
+void TreeNode::growChildren() {
+  const bool own = (flags_ & kOwnChildren) != 0;
+  if (own && childCount_ != 0 && !std::has_single_bit(childCount_)) return;
+  if (childCount_ >= 0x40000000) throw std::bad_alloc();
+  XmlArena::noteOwner(this);
+  auto** const list = new TreeNode*[std::bit_ceil(childCount_ + 1U)];
+  std::copy(children_, children_ + childCount_, list);
+  if (own) delete[] children_;
+  children_ = list;
+  flags_ |= kOwnChildren;
+}
+
+void TreeNode::insertChild(std::size_t at, TreeNode* child) {
+  growChildren();
+  std::copy_backward(children_ + at, children_ + childCount_, children_ + childCount_ + 1);
+  children_[at] = child;
+  ++childCount_;
+  child->above_ = this;
+  child->index_ = static_cast<std::uint32_t>(at);
+}
+
+TreeNode* TreeNode::takeChild(std::size_t i) {
+  TreeNode* const taken = children_[i];
+  std::copy(children_ + i + 1, children_ + childCount_, children_ + i);
+  --childCount_;
+  taken->above_ = nullptr;
+  return taken;
+}
+
+void TreeNode::swapContent(TreeNode& other) {
+  if (this == &other) return;
+  XmlArena::noteOwner(this);
+  XmlArena::noteOwner(&other);
+  constexpr unsigned kOfContent = kCdata | kOwnChildren;
+  const unsigned difference = (flags_ ^ other.flags_) & kOfContent;
+  flags_ = static_cast<std::uint8_t>(flags_ ^ difference);
+  other.flags_ = static_cast<std::uint8_t>(other.flags_ ^ difference);
+  std::swap(tag_, other.tag_);
+  std::swap(tagSize_, other.tagSize_);
+  std::swap(content_, other.content_);
+  std::swap(contentSize_, other.contentSize_);
+  std::swap(children_, other.children_);
+  std::swap(childCount_, other.childCount_);
+  attributes_.swap(other.attributes_);
+  for (TreeNode* node : {this, &other})
+    for (std::size_t i = 0; i < node->childCount_; ++i) node->children_[i]->above_ = node;
+}
+
+}  // namespace zantrel

@@ -1,0 +1,150 @@
+#pragma once
+// Where the nodes and the text of documents live.
+//
+// An arena holds what one load brought in, or what edits add: nodes in slabs that are aligned to
+// their size, so that a node finds its arena; texts and lists of the parser, which go with the
+// arena only. A node that is ended becomes free for another one as soon as no handle is on it, and
+// an arena without nodes goes.
+//
+// A store is the arenas of trees that may exchange nodes, with the lock for all of them. When a
+// tree of one store is to join a tree of another, that one absorbs the first: nodes stay where they
+// are, and who held the absorbed store reaches the other through it.
+
+#include <atomic>
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+#include <mutex>
+#include <utility>
+#include <vector>
+
+#include "xml/tree_info.h"
+#include "xml/tree_node.h"
+
+namespace zantrel {
+
+class XmlStore;
+
+/// All allocations throw std::bad_alloc.
+class XmlArena final {
+ public:
+  explicit XmlArena(XmlStore& store) : store_(&store) {}
+  ~XmlArena();
+  XmlArena(const XmlArena&) = delete;
+  XmlArena& operator=(const XmlArena&) = delete;
+
+  static XmlArena& of(const TreeNode* node);
+  /// The node has memory of its own from now on, which is to be released with the arena.
+  static void noteOwner(const TreeNode* node);
+
+  /// A node without tag, content and parent.
+  TreeNode* newNode();
+  /// Memory for anything, not initialized, aligned for pointers.
+  void* allocate(std::size_t bytes);
+  /// Bytes that the arena has taken.
+  std::size_t memoryBytes() const { return memoryBytes_; }
+
+ private:
+  friend class XmlStore;
+  static void noteRoot(const TreeNode* node);
+  static constexpr std::size_t kSlabBytes = 4096;
+  struct Slab;
+  struct Chunk {
+    std::byte* slabs;
+    std::size_t count;
+  };
+
+  void addSlabs();
+  void recycle(TreeNode* node);
+
+  XmlStore* store_;
+  std::size_t live_ = 0;  // nodes not free, ended ones with handles included
+  TreeNode* free_ = nullptr;
+  TreeNode* next_ = nullptr;  // the rest of a slab
+  TreeNode* slabEnd_ = nullptr;
+  std::size_t slabsUsed_ = 0;  // of the last chunk
+  std::vector<Chunk> chunks_;
+  std::vector<std::unique_ptr<std::byte[]>> blocks_;
+  std::byte* bump_ = nullptr;
+  std::size_t bumpLeft_ = 0;
+  std::size_t memoryBytes_ = 0;
+};
+
+class XmlStore final {
+ public:
+  /// Keeps a store, and the one that absorbed it, alive.
+  class Ref {
+   public:
+    Ref() = default;
+    explicit Ref(XmlStore* store) : store_(store) {
+      if (store_ != nullptr) store_->holders_.fetch_add(1, std::memory_order_relaxed);
+    }
+    Ref(const Ref& other) : Ref(other.store_) {}
+    Ref(Ref&& other) noexcept : store_(std::exchange(other.store_, nullptr)) {}
+    Ref& operator=(Ref other) noexcept {
+      std::swap(store_, other.store_);
+      return *this;
+    }
+    ~Ref() {
+      if (store_ != nullptr && store_->holders_.fetch_sub(1, std::memory_order_acq_rel) == 1)
+        delete store_;
+    }
+    explicit operator bool() const { return store_ != nullptr; }
+    XmlStore* operator->() const { return store_; }
+    XmlStore& operator*() const { return *store_; }
+    XmlStore* get() const { return store_; }
+
+   private:
+    XmlStore* store_ = nullptr;
+  };
+
+  static Ref create() { return Ref(new XmlStore); }
+  XmlStore(const XmlStore&) = delete;
+  XmlStore& operator=(const XmlStore&) = delete;
+
+  /// The store that this one is part of by now.
+  XmlStore& current();
+  /// To be held, of the current store, while its trees are looked at or changed.
+  std::mutex& mutex() { return mutex_; }
+
+  /// For what a load brings in.
+  XmlArena& newArena();
+  /// A node of no tree, for edits.
+  TreeNode* newNode() { return arenas_.front()->newNode(); }
+  /// A tree with this root, which was in no tree.
+  TreeInfo* newTree(TreeNode* root);
+  /// The same for nodes on which no handle can be yet.
+  TreeInfo* newTreeWithoutHandles(TreeNode* root);
+  /// A node with a copy of all that another one and those below it hold.
+  TreeNode* copy(const TreeNode* node);
+
+  /// Ends a node that is in no tree, with all below it.
+  void end(TreeNode* node);
+  /// Ends a tree with all its nodes.
+  void end(TreeInfo* tree);
+  /// The root becomes a node of no tree; declaration and the rest end.
+  static TreeNode* dissolve(TreeInfo* tree);
+
+  /// A handle is put on a node, or leaves it. A tree that the last one leaves ends.
+  static void hold(TreeNode* node);
+  static void release(TreeNode* node);
+
+  /// Takes over all that another store has. Both must be current, and locked where others may use
+  /// them.
+  void absorb(XmlStore& other);
+
+  std::size_t memoryBytes() const;
+
+ private:
+  XmlStore();
+  ~XmlStore() = default;
+  void dropIfEmpty(XmlArena& arena);
+
+  std::atomic<std::uint32_t> holders_{0};
+  std::atomic<XmlStore*> absorber_{nullptr};
+  Ref absorberRef_;
+  std::mutex mutex_;
+  std::vector<std::unique_ptr<XmlArena>> arenas_;  // the first one is for edits
+};
+
+}  // namespace zantrel
