@@ -9,9 +9,9 @@ import source_tree as tree
 INDEX = "docs/errors.md"
 LITERAL = r'"((?:[^"\\\n]|\\.)*)"'
 # A sentence is a literal of at least two words that begins with a capital and ends with a full stop;
-# what is handed to these two calls counts whatever its form.
+# what is handed to these calls counts whatever its form.
 SENTENCE = re.compile(r"[A-Z][^ ]* .*\.")
-LOGGED = re.compile(r"log(?:Error|Info)\(\s*" + LITERAL)
+LOGGED = re.compile(r"log(?:Error|Info)(?:At)?\(\s*" + LITERAL)
 
 
 def without_comments(source):

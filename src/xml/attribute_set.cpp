@@ -42,17 +42,17 @@ void AttributeSet::makeRoom() {
 }
 
 void AttributeSet::add(std::string_view name, std::string_view value) {
-  Attribute added{};
+  struct Added : Attribute {  // released unless it gets into the list
+    Added() : Attribute{} {}
+    ~Added() {
+      XmlSlice::release(this->name, nameSize);
+      XmlSlice::release(this->value, valueSize);
+    }
+  } added;
   XmlSlice::assign(added.name, added.nameSize, name);
-  try {
-    XmlSlice::assign(added.value, added.valueSize, value);
-    makeRoom();
-  } catch (...) {
-    XmlSlice::release(added.name, added.nameSize);
-    XmlSlice::release(added.value, added.valueSize);
-    throw;
-  }
-  list_->items()[list_->count++] = added;
+  XmlSlice::assign(added.value, added.valueSize, value);
+  makeRoom();
+  list_->items()[list_->count++] = std::exchange(static_cast<Attribute&>(added), Attribute{});
 }
 
 void AttributeSet::setValue(std::size_t i, std::string_view value) {

@@ -4,13 +4,11 @@
 #include <array>
 #include <bit>
 #include <cstdint>
+#include <cstring>
 #include <iterator>
 
+#include "core/byte_order.h"
 #include "xml/xml_output.h"
-
-#if defined(__SSE2__)
-#include <emmintrin.h>
-#endif
 
 namespace zantrel {
 
@@ -61,28 +59,32 @@ std::string_view referenceOf(char c) {
   }
 }
 
+// A byte's highest bit is set where the byte of `word` is zero; above such a byte, perhaps where
+// not.
+constexpr std::uint64_t zeroBytes(std::uint64_t word) {
+  constexpr std::uint64_t kOnes = ~std::uint64_t{0} / 255;
+  return (word - kOnes) & ~word & (kOnes << 7);
+}
+constexpr std::uint64_t everyByte(char c) {
+  return ~std::uint64_t{0} / 255 * static_cast<std::uint8_t>(c);
+}
+
 // Copies up to the first character that may need a reference, or the end, and moves both pointers
-// there. Sixteen bytes more may be written.
-#if defined(__SSE2__)
+// there, eight bytes at a time: as many more than that may be written.
 void copyPlain(const char*& from, const char* end, char*& to) {
-  while (end - from >= 16) {
-    const __m128i text = _mm_loadu_si128(reinterpret_cast<const __m128i*>(from));
-    _mm_storeu_si128(reinterpret_cast<__m128i*>(to), text);
+  while (end - from >= 8) {
+    const auto text =
+        loadWord<std::uint64_t, std::endian::little>(reinterpret_cast<const std::uint8_t*>(from));
+    std::memcpy(to, from, sizeof text);
     // A bit tells "&" from the single quote, and another "<" from ">".
-    const __m128i one = _mm_or_si128(text, _mm_set1_epi8(1));
-    const __m128i two = _mm_or_si128(text, _mm_set1_epi8(2));
-    const __m128i escaped = _mm_or_si128(_mm_cmpeq_epi8(text, _mm_set1_epi8('"')),
-                                         _mm_or_si128(_mm_cmpeq_epi8(one, _mm_set1_epi8('\'')),
-                                                      _mm_cmpeq_epi8(two, _mm_set1_epi8('>'))));
-    const auto found = static_cast<std::uint32_t>(_mm_movemask_epi8(escaped));
-    const int plain = found != 0 ? std::countr_zero(found) : 16;
+    const std::uint64_t found = zeroBytes(text ^ everyByte('"')) |
+                                zeroBytes((text | everyByte(1)) ^ everyByte('\'')) |
+                                zeroBytes((text | everyByte(2)) ^ everyByte('>'));
+    const int plain = std::countr_zero(found) / 8;
     from += plain;
     to += plain;
-    if (found != 0) return;
+    if (plain != 8) return;
   }
-#else
-void copyPlain(const char*& from, const char* end, char*& to) {
-#endif
   constexpr auto kEscaped = [] {
     std::array<bool, 256> escaped{};
     for (const char c : {'<', '>', '"', '\'', '&'}) escaped[static_cast<std::uint8_t>(c)] = true;
@@ -93,7 +95,7 @@ void copyPlain(const char*& from, const char* end, char*& to) {
 
 template <class StaysAsItIs>
 inline void putEscaped(XmlOutput& out, std::string_view text, StaysAsItIs staysAsItIs) {
-  constexpr std::size_t kOvershoot = 16;
+  constexpr std::size_t kOvershoot = 8;
   const char* from = text.data();
   const char* const end = from + text.size();
   while (from != end) {
