@@ -35,5 +35,10 @@ void addEncrypt(CLI::App& parent, Context& context);
 void addDecrypt(CLI::App& parent, Context& context);
 void addRandom(CLI::App& parent, Context& context);
 void addDeriveKey(CLI::App& parent, Context& context);
+void addGzip(CLI::App& parent, Context& context);
+void addGunzip(CLI::App& parent, Context& context);
+void addCompress(CLI::App& parent, Context& context);
+void addDecompress(CLI::App& parent, Context& context);
+void addUntargz(CLI::App& parent, Context& context);
 
 }  // namespace zantrel_cli

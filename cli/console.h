@@ -30,6 +30,12 @@ bool readStandardInput(const std::function<bool(std::span<const std::uint8_t>)>&
 /// Writes all bytes to standard output; false when that failed (a full disk, a closed pipe).
 bool writeStandardOutput(std::span<const std::uint8_t> bytes);
 
+/// Paths under which the standard streams can be opened as files, so that data of any size goes
+/// through them in blocks; none where they are not such, as on Windows. An output that is a file is
+/// none of these: opening it would write over what stands before.
+std::optional<std::string> standardInputPath();
+std::optional<std::string> standardOutputPath();
+
 /// A variable of the environment in UTF-8, if it is set.
 std::optional<std::string> environmentVariable(const std::string& name);
 

@@ -1,4 +1,5 @@
 #include <fcntl.h>
+#include <sys/stat.h>
 #include <termios.h>
 #include <unistd.h>
 
@@ -18,6 +19,23 @@ bool errorIsTerminal() {
 }
 bool outputIsTerminal() {
   return isatty(STDOUT_FILENO) != 0;
+}
+
+std::optional<std::string> standardInputPath() {
+  struct stat status;
+  if (fstat(STDIN_FILENO, &status) != 0) return std::nullopt;
+  // A file is opened anew at its start: it must not have been read from.
+  const bool atStart = S_ISREG(status.st_mode) && lseek(STDIN_FILENO, 0, SEEK_CUR) == 0;
+  if (!atStart && !S_ISFIFO(status.st_mode)) return std::nullopt;
+  if (access("/dev/stdin", R_OK) != 0) return std::nullopt;
+  return "/dev/stdin";
+}
+
+std::optional<std::string> standardOutputPath() {
+  struct stat status;
+  if (fstat(STDOUT_FILENO, &status) != 0 || !S_ISFIFO(status.st_mode)) return std::nullopt;
+  if (access("/dev/stdout", W_OK) != 0) return std::nullopt;
+  return "/dev/stdout";
 }
 
 std::optional<std::string> environmentVariable(const std::string& name) {

@@ -45,6 +45,13 @@ bool outputIsTerminal() {
   return _isatty(_fileno(stdout)) != 0;
 }
 
+std::optional<std::string> standardInputPath() {
+  return std::nullopt;
+}
+std::optional<std::string> standardOutputPath() {
+  return std::nullopt;
+}
+
 std::optional<std::string> environmentVariable(const std::string& name) {
   const int size = MultiByteToWideChar(CP_UTF8, 0, name.c_str(), -1, nullptr, 0);
   std::wstring wide(static_cast<std::size_t>(size), L'\0');

@@ -42,6 +42,11 @@ int main(int argc, char** argv) {
   zantrel_cli::addDecrypt(app, context);
   zantrel_cli::addRandom(app, context);
   zantrel_cli::addDeriveKey(app, context);
+  zantrel_cli::addGzip(app, context);
+  zantrel_cli::addGunzip(app, context);
+  zantrel_cli::addCompress(app, context);
+  zantrel_cli::addDecompress(app, context);
+  zantrel_cli::addUntargz(app, context);
 
   try {
     std::reverse(arguments.begin(), arguments.end());

@@ -194,7 +194,7 @@ struct AbortingSink final : ProgressEvent {
 
 TEST_P(EveryAlgorithm, LeavesNoPartialFileWhereverItIsAborted) {
   const TempFolder folder;
-  writeFile(folder / "plain", sample(3000000));
+  writeFile(folder / "plain", sample(1000000));
   const XString plain(folder / "plain"), packed(folder / "packed"), out(folder / "out");
   ASSERT_TRUE(compression_.CompressFile(plain, packed, nullptr)) << logOf(compression_);
   int aborts = 0;
