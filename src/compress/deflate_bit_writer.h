@@ -13,8 +13,8 @@ namespace zantrel::zee {
 class BitWriter final {
  public:
   static constexpr std::size_t kSlack = 8;
-  /// Bits that may be added between two flushes.
-  static constexpr unsigned kRoom = 57;
+  /// Bits that may be held before a flush.
+  static constexpr unsigned kRoom = 63;
 
   /// Bits that fill no byte are carried from one piece of memory to the next.
   void attach(std::uint8_t* out) noexcept { out_ = out; }

@@ -12,8 +12,12 @@ namespace zantrel::zee {
 /// So many literals, then a match; length 0 is no match.
 struct Sequence {
   std::uint32_t literals;
-  std::uint16_t length;
+  std::uint16_t lengthAndSlot;  ///< the length below the slot of the distance
   std::uint16_t distance;
+
+  static constexpr unsigned kLengthBits = 9;
+  unsigned length() const noexcept { return lengthAndSlot & ((1U << kLengthBits) - 1); }
+  unsigned slot() const noexcept { return lengthAndSlot >> kLengthBits; }
 };
 
 struct Frequencies {
@@ -39,18 +43,35 @@ class Block final {
   /// Drops the first n sequences.
   void removeFront(std::size_t n) noexcept;
 
-  /// The caller has made sure that there is room, and counts the literals itself.
-  void addMatch(std::size_t literals, unsigned length, unsigned distance,
-                Frequencies& counts) noexcept {
-    sequences_[count_++] = {static_cast<std::uint32_t>(literals),
-                            static_cast<std::uint16_t>(length),
-                            static_cast<std::uint16_t>(distance)};
-    ++counts.literal[kFirstLengthSymbol + kLengths.of[length]];
-    ++counts.distance[distanceSlot(distance)];
-  }
-  void addLiterals(std::size_t literals) noexcept {
-    if (literals > 0) sequences_[count_++] = {static_cast<std::uint32_t>(literals), 0, 0};
-  }
+  /// Adds sequences to a block, which has room for them, until it is destroyed.
+  class Writer {
+   public:
+    Writer(Block& block, Frequencies& counts) noexcept
+        : block_(block), next_(block.sequences_.data() + block.count_), counts_(counts) {}
+    ~Writer() { block_.count_ = static_cast<std::size_t>(next_ - block_.sequences_.data()); }
+    Writer(const Writer&) = delete;
+    Writer& operator=(const Writer&) = delete;
+
+    /// A literal of the next sequence.
+    void countLiteral(std::uint8_t byte) noexcept { ++counts_.literal[byte]; }
+    void addMatch(std::size_t literals, unsigned length, unsigned distance) noexcept {
+      const unsigned slot = distanceSlot(distance);
+      *next_++ = {static_cast<std::uint32_t>(literals),
+                  static_cast<std::uint16_t>(length | slot << Sequence::kLengthBits),
+                  static_cast<std::uint16_t>(distance)};
+      ++counts_.literal[kFirstLengthSymbol + kLengths.of[length]];
+      ++counts_.distance[slot];
+    }
+    /// Those behind the last match.
+    void addLiterals(std::size_t literals) noexcept {
+      if (literals > 0) *next_++ = {static_cast<std::uint32_t>(literals), 0, 0};
+    }
+
+   private:
+    Block& block_;
+    Sequence* next_;
+    Frequencies& counts_;
+  };
 
  private:
   std::size_t count_ = 0;

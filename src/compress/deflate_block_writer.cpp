@@ -14,6 +14,9 @@ namespace zantrel::zee {
 
 namespace {
 
+// One bit less than the format allows costs nothing and lets four literals go at once.
+constexpr unsigned kMaxLiteralBits = kMaxCodeBits - 1;
+
 /// The two codes of a block.
 struct Codes {
   std::array<CodeWord, kFixedLiteralSymbols> literal;
@@ -183,37 +186,39 @@ class Encoder {
     for (const Sequence* s = sequences; s != sequences + count; ++s) {
       writeLiterals(out, bytes, s->literals);
       bytes += s->literals;
-      if (s->length == 0) continue;
-      // At most 7 bits held, 20 of a length, 28 of a distance.
-      static_assert(7 + 20 + 28 <= BitWriter::kRoom);
-      const PackedBits length = length_[s->length];
+      if (s->lengthAndSlot == 0) continue;
+      // At most 7 bits held, 19 of a length, 28 of a distance.
+      static_assert(7 + kMaxLiteralBits + 5 + kMaxCodeBits + 13 <= BitWriter::kRoom);
+      const PackedBits length = length_[s->length()];
       out.add(length.bits(), length.count());
-      const unsigned slot = distanceSlot(s->distance);
+      const unsigned slot = s->slot();
       const PackedBits distance = distance_[slot];
       out.add(distance.bits(), distance.count());
       const unsigned extra = distanceExtraBits(slot);
       out.addFlushed((s->distance - 1U) & ((1U << extra) - 1), extra);
-      bytes += s->length;
+      bytes += s->length();
     }
     out.addFlushed(end_.bits(), end_.count());
     to = out;
   }
 
  private:
-  // Three words of at most 15 bits fit between two flushes.
   void writeLiterals(BitWriter& out, const std::uint8_t* bytes, std::uint32_t count) const {
+    static_assert(7 + 4 * kMaxLiteralBits <= BitWriter::kRoom);
     const auto add = [&](std::uint8_t byte) {
       out.add(literal_[byte].bits(), literal_[byte].count());
     };
-    for (; count >= 3; count -= 3, bytes += 3) {
+    for (; count >= 4; count -= 4, bytes += 4) {
       add(bytes[0]);
       add(bytes[1]);
       add(bytes[2]);
+      add(bytes[3]);
       out.flush();
     }
     if (count == 0) return;
     add(bytes[0]);
     if (count > 1) add(bytes[1]);
+    if (count > 2) add(bytes[2]);
     out.flush();
   }
 
@@ -235,7 +240,7 @@ void writeBlock(BitWriter& out, const std::uint8_t* bytes, std::size_t size,
   Frequencies frequencies = counted;
   frequencies.literal[kEndOfBlock] = 1;
   Codes codes;
-  buildPrefixCode(frequencies.literal, kMaxCodeBits,
+  buildPrefixCode(frequencies.literal, kMaxLiteralBits,
                   std::span(codes.literal).first(kLiteralSymbols));
   buildPrefixCode(frequencies.distance, kMaxCodeBits, codes.distance);
   const CodeHeader header(codes);

@@ -55,6 +55,17 @@ class HashChains final {
     prepare(p + 1);
   }
 
+  /// The same for the rest of a match; three bytes are not looked for there.
+  [[gnu::always_inline]] void skipMatch(const std::uint8_t* p, const std::uint8_t* end) noexcept {
+    for (; p < end; ++p) {
+      const std::uint32_t hash = hashOf(load32(p), bits_);
+      const auto here = static_cast<std::uint16_t>(next_++);
+      previous_[here & kChainMask] = latestOf4_[hash];
+      latestOf4_[hash] = here;
+    }
+    prepare(p);
+  }
+
   /// Puts a place into the index and answers the longest match there that is longer than
   /// `longerThan`, the nearest of equal ones; length 0 if there is none.
   [[gnu::always_inline]] Match find(const std::uint8_t* p, unsigned longerThan,

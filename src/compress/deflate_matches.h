@@ -1,6 +1,6 @@
 #pragma once
-// Comparing and hashing bytes of the window. Every place that is asked about has eight bytes that
-// may be read, whether they belong to the data or not.
+// Comparing and hashing bytes of the window. Twelve bytes may be read at every place and behind
+// every limit, whether they belong to the data or not.
 
 #include <bit>
 #include <cstdint>
@@ -23,16 +23,17 @@ inline std::uint32_t hashOf(std::uint32_t value, unsigned bits) noexcept {
 }
 
 /// How many bytes at `a` and `b` are equal, `known` of which are known to be, at most `limit`.
-inline unsigned matchLength(const std::uint8_t* a, const std::uint8_t* b, unsigned known,
-                            unsigned limit) noexcept {
-  unsigned length = known;
-  while (length + 8 <= limit) {
-    const std::uint64_t difference = load64(a + length) ^ load64(b + length);
-    if (difference != 0) return length + static_cast<unsigned>(std::countr_zero(difference)) / 8;
-    length += 8;
+[[gnu::always_inline]] inline unsigned matchLength(const std::uint8_t* a, const std::uint8_t* b,
+                                                   unsigned known, unsigned limit) noexcept {
+  // Most matches end within the first word.
+  std::uint64_t difference = load64(a + known) ^ load64(b + known);
+  while (difference == 0) {
+    known += 8;
+    if (known >= limit) return limit;
+    difference = load64(a + known) ^ load64(b + known);
   }
-  while (length < limit && a[length] == b[length]) ++length;
-  return length;
+  const unsigned length = known + static_cast<unsigned>(std::countr_zero(difference)) / 8;
+  return length < limit ? length : limit;
 }
 
 }  // namespace zantrel::zee

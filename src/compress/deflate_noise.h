@@ -11,7 +11,7 @@ namespace zantrel::zee {
 /// chance spreads them, and nothing in it was seen in the noise before it.
 class NoiseDetector final {
  public:
-  /// Bytes of a piece. Four more may be read behind it.
+  /// Bytes of a piece.
   static constexpr std::size_t kPiece = 4096;
 
   /// Forgets what was seen.

@@ -4,6 +4,7 @@
 #include <bit>
 #include <new>
 
+#include "compress/deflate_block_split.h"
 #include "compress/deflate_hash_chains.h"
 #include "compress/deflate_hash_pairs.h"
 
@@ -19,16 +20,9 @@ struct Effort {
 };
 
 constexpr Effort kEfforts[10] = {
-    {},          {},          {10, 6, 0},    {14, 12, 0},   {30, 16, 0},
-    {30, 16, 1}, {65, 35, 1}, {130, 100, 1}, {258, 300, 2}, {258, 600, 2},
+    {},          {},           {16, 5, 0},   {24, 10, 0},   {48, 16, 0},
+    {96, 14, 1}, {258, 30, 1}, {258, 80, 1}, {258, 200, 2}, {258, 500, 2},
 };
-
-/// Short matches far away cost more than their literals.
-constexpr unsigned kFarForThree = 4096;
-
-bool worthTaking(const Match& m) noexcept {
-  return m.length > kMinMatch || (m.length == kMinMatch && m.distance <= kFarForThree);
-}
 
 /// Roughly what a match spares, in quarters of a byte.
 int worth(const Match& m) noexcept {
@@ -39,16 +33,41 @@ class ChainParser final : public Parser {
  public:
   explicit ChainParser(const Effort& effort) : effort_(effort) {}
 
-  void start(std::size_t size) noexcept override { index_.start(size); }
+  void start(std::size_t size) noexcept override {
+    index_.start(size);
+    literalCost_ = 5 * kBit;
+    pieces_ = 0;
+  }
 
   std::size_t parse(const WindowView& window, std::size_t next, std::size_t stop, Block& block,
                     Frequencies& counts) override {
+    if (pieces_ < 4 || pieces_ % 4 == 0) judgeLiterals(counts);
+    ++pieces_;
     return effort_.lookAhead == 0   ? run<0>(window, next, stop, block, counts)
            : effort_.lookAhead == 1 ? run<1>(window, next, stop, block, counts)
                                     : run<2>(window, next, stop, block, counts);
   }
 
  private:
+  static constexpr unsigned kBit = 16;  // costs are counted in sixteenths of a bit
+
+  void judgeLiterals(const Frequencies& counts) noexcept {
+    constexpr std::uint64_t kEnough = 512;
+    std::uint64_t sum = 0;
+    for (unsigned i = 0; i < kEndOfBlock; ++i) sum += counts.literal[i];
+    if (sum >= kEnough)
+      literalCost_ =
+          static_cast<unsigned>((idealBits(counts.literal.data(), kEndOfBlock) / sum) >> 12);
+  }
+
+  /// Whether a match takes fewer bits than its literals would, about: its symbols take some bits
+  /// and the rest of the distance as many as it has.
+  bool worthTaking(const Match& m) const noexcept {
+    constexpr unsigned kSymbols = 6;
+    return m.length * literalCost_ >
+           (kSymbols + static_cast<unsigned>(std::bit_width(m.distance))) * kBit;
+  }
+
   template <unsigned LookAhead>
   std::size_t run(const WindowView& window, std::size_t next, std::size_t stop, Block& block,
                   Frequencies& counts) {
@@ -57,9 +76,11 @@ class ChainParser final : public Parser {
     const std::uint8_t* const end = begin + window.end;
     const std::uint8_t* p = begin + next;
     const std::uint8_t* literals = p;
+    Block::Writer writer(block, counts);
     index_.startPiece(p, window.position + static_cast<std::uint32_t>(next));
 
-    const auto search = [&](const std::uint8_t* at, unsigned longerThan, unsigned depth) {
+    const auto search = [&](const std::uint8_t* at, unsigned longerThan, unsigned depth)
+        __attribute__((always_inline)) {
       Search s{kMaxMatch, effort_.nice, depth};
       if (static_cast<std::size_t>(end - at) < kMaxMatch) [[unlikely]] {
         s.limit = static_cast<unsigned>(end - at);
@@ -71,7 +92,7 @@ class ChainParser final : public Parser {
     while (p < stopAt) {
       Match match = search(p, kMinMatch - 1, effort_.depth);
       if (!worthTaking(match)) {
-        ++counts.literal[*p++];
+        writer.countLiteral(*p++);
         continue;
       }
       // `p` is where the match starts, `known` the first place that is not in the index.
@@ -80,15 +101,15 @@ class ChainParser final : public Parser {
         while (match.length < effort_.nice) {
           const Match next1 = search(known++, match.length - 1, effort_.depth / 2);
           if (next1.length >= match.length && worth(next1) > worth(match) + 2) {
-            ++counts.literal[*p++];
+            writer.countLiteral(*p++);
             match = next1;
             continue;
           }
           if constexpr (LookAhead > 1) {
             const Match next2 = search(known++, match.length - 1, effort_.depth / 4);
             if (next2.length >= match.length && worth(next2) > worth(match) + 6) {
-              ++counts.literal[*p++];
-              ++counts.literal[*p++];
+              writer.countLiteral(*p++);
+              writer.countLiteral(*p++);
               match = next2;
               continue;
             }
@@ -96,52 +117,86 @@ class ChainParser final : public Parser {
           break;
         }
       }
-      block.addMatch(static_cast<std::size_t>(p - literals), match.length, match.distance, counts);
+      writer.addMatch(static_cast<std::size_t>(p - literals), match.length, match.distance);
       p += match.length;
-      while (known < p) index_.skip(known++);
+      if (known < p) index_.skipMatch(known, p);
       literals = p;
     }
-    block.addLiterals(static_cast<std::size_t>(p - literals));
+    writer.addLiterals(static_cast<std::size_t>(p - literals));
     return static_cast<std::size_t>(p - begin);
   }
 
   const Effort effort_;
   HashChains index_;
+  unsigned literalCost_ = 0;
+  unsigned pieces_ = 0;
 };
 
 /// Of the two latest places with the same hash the one with the longer match, taken at once.
 class PairParser final : public Parser {
  public:
-  void start(std::size_t size) noexcept override { index_.start(size); }
+  void start(std::size_t size) noexcept override {
+    index_.start(size);
+    manyLiterals_ = false;
+  }
 
   std::size_t parse(const WindowView& window, std::size_t next, std::size_t stop, Block& block,
                     Frequencies& counts) override {
-    const std::uint8_t* const begin = window.bytes;
-    const std::uint8_t* const stopAt = begin + stop;
-    const std::uint8_t* const end = begin + window.end;
-    const std::uint8_t* p = begin + next;
-    const std::uint8_t* literals = p;
-    index_.startPiece(p, window.position + static_cast<std::uint32_t>(next));
-    while (p < stopAt) {
-      unsigned limit = kMaxMatch;
-      if (static_cast<std::size_t>(end - p) < kMaxMatch) [[unlikely]]
-        limit = static_cast<unsigned>(end - p);
-      const Match match = index_.find(p, limit);
-      if (match.length == 0) {
-        ++counts.literal[*p++];
-        continue;
-      }
-      block.addMatch(static_cast<std::size_t>(p - literals), match.length, match.distance, counts);
-      index_.skipMatch(p + 1, match.length - 1);
-      p += match.length;
-      literals = p;
-    }
-    block.addLiterals(static_cast<std::size_t>(p - literals));
-    return static_cast<std::size_t>(p - begin);
+    if (index_.leftOut(window.position + static_cast<std::uint32_t>(next)))
+      manyLiterals_ = true;  // it was noise
+    else
+      judgeLiterals(counts);
+    // Short matches are worth the time where literals cost as much as they do in programs; in texts
+    // a longer hash finds longer matches.
+    return manyLiterals_ ? run<4>(window, next, stop, block, counts)
+                         : run<5>(window, next, stop, block, counts);
   }
 
  private:
+  void judgeLiterals(const Frequencies& counts) noexcept {
+    constexpr std::uint32_t kEnough = 1024;
+    constexpr unsigned kMany = 160;
+    std::uint32_t sum = 0, used = 0;
+    for (unsigned i = 0; i < kEndOfBlock; ++i) {
+      sum += counts.literal[i];
+      used += counts.literal[i] != 0 ? 1 : 0;
+    }
+    if (sum >= kEnough) manyLiterals_ = used >= kMany;
+  }
+
+  template <unsigned HashedBytes>
+  std::size_t run(const WindowView& window, std::size_t next, std::size_t stop, Block& block,
+                  Frequencies& counts) noexcept {
+    const std::uint8_t* const begin = window.bytes;
+    const std::uint8_t* const end = begin + window.end;
+    const std::uint8_t* const stopAt = begin + stop;
+    const std::uint8_t* p = begin + next;
+    const std::uint8_t* literals = p;
+    Block::Writer writer(block, counts);
+    HashPairs::Walk<HashedBytes> walk(index_, begin, p,
+                                      window.position + static_cast<std::uint32_t>(next));
+    const auto step = [&](unsigned limit) __attribute__((always_inline)) {
+      Match match;
+      if (!walk.find(p, limit, match)) {
+        writer.countLiteral(*p++);
+        return;
+      }
+      writer.addMatch(static_cast<std::size_t>(p - literals), match.length, match.distance);
+      walk.skipMatch(p, match.length);
+      p += match.length;
+      literals = p;
+    };
+    const std::uint8_t* const fullLengthEnd =
+        window.end >= kMaxMatch ? std::min(stopAt, end - kMaxMatch) : begin;
+    while (p < fullLengthEnd) step(kMaxMatch);
+    while (p < stopAt) step(static_cast<unsigned>(std::min<std::ptrdiff_t>(end - p, kMaxMatch)));
+    writer.addLiterals(static_cast<std::size_t>(p - literals));
+    index_.endWalk(window.position + static_cast<std::uint32_t>(p - begin));
+    return static_cast<std::size_t>(p - begin);
+  }
+
   HashPairs index_;
+  bool manyLiterals_ = false;
 };
 
 }  // namespace

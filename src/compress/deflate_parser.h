@@ -10,11 +10,12 @@
 namespace zantrel::zee {
 
 /// A part of the window. Offsets count from its first byte; `position` is where that byte stands in
-/// the stream, modulo 2^32.
+/// the stream, modulo 2^32. As many bytes as a distance may be can be read before it, and
+/// kReadAhead behind the end, but they are no data.
 struct WindowView {
   const std::uint8_t* bytes;
   std::uint32_t position;
-  std::size_t end;  ///< of the data; kReadAhead bytes behind it may be read
+  std::size_t end;
 };
 
 class Parser {

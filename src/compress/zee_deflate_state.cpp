@@ -14,6 +14,7 @@ namespace {
 
 // Splitting is thought about every so many bytes, if they became so many symbols at least.
 constexpr std::size_t kSplitBytes = 8192;
+constexpr std::size_t kSplitBytesAtLevel1 = 32768;
 constexpr std::uint32_t kSplitSymbols = 2048;
 
 /// Whether so much of a piece was found nowhere before that the next one may be noise.
@@ -33,6 +34,10 @@ std::uint32_t symbolCount(const zee::Frequencies& counts) noexcept {
 
 }  // namespace
 
+ZeeDeflateState::ZeeDeflateState() noexcept {
+  std::memset(window_.data(), 0, kHistory);
+}
+
 void ZeeDeflateState::start(int level) noexcept {
   level_ = std::clamp(level, 0, 9);
   started_ = finished_ = false;
@@ -48,7 +53,7 @@ void ZeeDeflateState::start(int level) noexcept {
 
 std::size_t ZeeDeflateState::fill(ByteSpan input) noexcept {
   const std::size_t size = std::min(input.size(), kCapacity - end_);
-  if (size > 0) std::memcpy(window_.data() + end_, input.data(), size);
+  if (size > 0) std::memcpy(window() + end_, input.data(), size);
   end_ += size;
   return size;
 }
@@ -63,7 +68,7 @@ std::size_t ZeeDeflateState::drain(std::span<std::uint8_t> output) noexcept {
 bool ZeeDeflateState::run(bool finish) noexcept {
   if (finished_ || (!finish && end_ < kCapacity)) return true;
   if (!started_ && !startParser(finish)) return false;
-  std::memset(window_.data() + end_, 0, Parser::kReadAhead);
+  std::memset(window() + end_, 0, Parser::kReadAhead);
   taken_ = written_ = 0;
   out_.attach(pending_.data());
   while (written_ == 0) {
@@ -95,7 +100,7 @@ bool ZeeDeflateState::startParser(bool finish) noexcept {
 
 void ZeeDeflateState::addPiece() noexcept {
   const std::size_t size = std::min(kPiece, end_ - next_);
-  const std::uint8_t* const piece = window_.data() + next_;
+  const std::uint8_t* const piece = window() + next_;
   const bool noise =
       level_ == 0 || (size == kPiece && expectNoise_ &&
                       noise_.isNoise(piece, position_ + static_cast<std::uint32_t>(next_),
@@ -114,10 +119,11 @@ void ZeeDeflateState::addNoise(std::size_t size) noexcept {
 
 void ZeeDeflateState::addTokens(std::size_t size) noexcept {
   const std::size_t before = block_.count();
-  next_ = parser_->parse({window_.data(), position_, end_}, next_, next_ + size, block_, recent_);
+  next_ = parser_->parse({window(), position_, end_}, next_, next_ + size, block_, recent_);
   expectNoise_ = mostlyLiterals(block_.sequences() + before, block_.count() - before, size);
 
-  if (next_ - recentStart_ >= kSplitBytes && symbolCount(recent_) >= kSplitSymbols) settle();
+  const std::size_t splitBytes = level_ == 1 ? kSplitBytesAtLevel1 : kSplitBytes;
+  if (next_ - recentStart_ >= splitBytes && symbolCount(recent_) >= kSplitSymbols) settle();
   const bool full = next_ - blockStart_ + kPiece + Parser::kOverrun > kMaxBlock ||
                     block_.room() < Parser::kMaxSequences;
   if (full && written_ == 0) writeAll(false);
@@ -137,8 +143,8 @@ void ZeeDeflateState::settle() noexcept {
 }
 
 void ZeeDeflateState::writeSettled() noexcept {
-  zee::writeBlock(out_, window_.data() + blockStart_, recentStart_ - blockStart_,
-                  block_.sequences(), settledSequences_, settled_, false);
+  zee::writeBlock(out_, window() + blockStart_, recentStart_ - blockStart_, block_.sequences(),
+                  settledSequences_, settled_, false);
   written_ = static_cast<std::size_t>(out_.position() - pending_.data());
   block_.removeFront(settledSequences_);
   blockStart_ = recentStart_;
@@ -149,7 +155,7 @@ void ZeeDeflateState::writeSettled() noexcept {
 }
 
 void ZeeDeflateState::writeAll(bool last) noexcept {
-  const std::uint8_t* const bytes = window_.data() + blockStart_;
+  const std::uint8_t* const bytes = window() + blockStart_;
   const std::size_t size = next_ - blockStart_;
   settled_.add(recent_);
   if (stored_)
@@ -172,7 +178,7 @@ void ZeeDeflateState::clearBlock() noexcept {
 void ZeeDeflateState::slide() noexcept {
   const std::size_t history = next_ > kHistory ? next_ - kHistory : 0;
   const std::size_t from = std::min(blockStart_, history);
-  std::memmove(window_.data(), window_.data() + from, end_ - from);
+  std::memmove(window(), window() + from, end_ - from);
   blockStart_ -= from;
   recentStart_ -= from;
   next_ -= from;

@@ -20,7 +20,7 @@ namespace zantrel {
 /// they came: the window is worked on when it is full and at the end.
 class ZeeDeflateState final {
  public:
-  ZeeDeflateState() noexcept = default;
+  ZeeDeflateState() noexcept;
 
   /// Starts afresh, whatever came before. A level from 0 (stored only) to 9; others count as the
   /// nearest of these.
@@ -55,6 +55,7 @@ class ZeeDeflateState final {
   void writeSettled() noexcept;
   void writeAll(bool last) noexcept;
   void clearBlock() noexcept;
+  std::uint8_t* window() noexcept { return window_.data() + kHistory; }
   void slide() noexcept;
 
   int level_ = 0;
@@ -79,7 +80,8 @@ class ZeeDeflateState final {
   zee::Block block_;
 
   std::size_t taken_ = 0, written_ = 0;
-  std::array<std::uint8_t, kCapacity + zee::Parser::kReadAhead> window_;
+  // The first bytes stay zero: a parser may look at what would be before the stream.
+  std::array<std::uint8_t, kHistory + kCapacity + zee::Parser::kReadAhead> window_;
   std::array<std::uint8_t, zee::maxBlockOutput(kMaxBlock)> pending_;
 };
 
