@@ -1,6 +1,6 @@
 #include "core/read_ahead.h"
 
-#include <system_error>
+#include <cstdint>
 
 namespace zantrel {
 namespace {
@@ -20,16 +20,10 @@ bool ReadAhead::start(InputFile& file, std::size_t pieceBytes) {
     if (slot.bytes == nullptr) return false;
     slot.bytes = aligned(slot.bytes);
   }
-  try {
-    thread_ = std::thread([this] { run(); });
-  } catch (const std::system_error&) {
-    return false;
-  }
-  return true;
+  return thread_.start([this] { run(); });
 }
 
-void ReadAhead::stop() noexcept {
-  if (!thread_.joinable()) return;
+void ReadAhead::stop() {
   {
     const std::lock_guard lock(mutex_);
     stopping_ = true;

@@ -6,10 +6,10 @@
 #include <condition_variable>
 #include <cstddef>
 #include <mutex>
-#include <thread>
 
 #include "core/bytes.h"
 #include "core/data_buffer.h"
+#include "platform/background_thread.h"
 #include "platform/file.h"
 
 namespace zantrel {
@@ -29,7 +29,6 @@ class ReadAhead final {
   /// and is used by nobody else from now on. False when there is no memory or no thread to be had;
   /// nothing has been read then.
   bool start(InputFile& file, std::size_t pieceBytes);
-  void stop() noexcept;
 
   /// The next piece, waiting for it; empty at the end of the file, shorter only before that. Valid
   /// until the next call.
@@ -45,6 +44,7 @@ class ReadAhead final {
   };
 
   void run();
+  void stop();
   OsError fill(Slot& slot);
 
   InputFile* file_ = nullptr;
@@ -55,7 +55,7 @@ class ReadAhead final {
   bool stopping_ = false;
   std::mutex mutex_;
   std::condition_variable changed_;
-  std::thread thread_;
+  BackgroundThread thread_;
 };
 
 }  // namespace zantrel
