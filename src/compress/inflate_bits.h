@@ -35,17 +35,19 @@ struct BitReader {
     count += 8;
     return true;
   }
-  /// At least n bits, at most 56, if there are as many. Takes no byte in vain where input is short.
-  bool need(unsigned n) noexcept {
-    if (count >= n) return true;
+  /// At least 56 bits, or all that are left.
+  void fill() noexcept {
     if (left() >= 8) {
       fillWide();
-      return true;
+      return;
     }
-    while (count < n) {
-      if (!fillByte()) return false;
+    while (count < 56 && fillByte()) {
     }
-    return true;
+  }
+  /// True when there are n bits, at most 56.
+  bool need(unsigned n) noexcept {
+    if (count < n) fill();
+    return count >= n;
   }
   /// Returns whole bytes of this input that were taken ahead.
   void giveBack() noexcept {

@@ -61,12 +61,9 @@ DynamicHead::Result DynamicHead::readCodeLengths(BitReader& in, InflateError& er
   constexpr unsigned kLongest = kCodeLengthBits + 7;
   const std::size_t wanted = literals_ + distances_;
   while (read_ < wanted) {
-    if (in.count < kLongest && in.left() >= 8) in.fillWide();
-    Entry entry = codeLengthTable_[lowBits(in.bits, kCodeLengthBits)];
-    while (bitsOf(entry) > in.count) {
-      if (!in.fillByte()) return Result::needInput;
-      entry = codeLengthTable_[lowBits(in.bits, kCodeLengthBits)];
-    }
+    if (in.count < kLongest) in.fill();
+    const Entry entry = codeLengthTable_[lowBits(in.bits, kCodeLengthBits)];
+    if (bitsOf(entry) > in.count) return Result::needInput;
     const unsigned symbol = distanceOf(entry);
     const std::size_t extra = extraOf(in.bits, entry);
     in.take(bitsOf(entry));
@@ -87,8 +84,8 @@ DynamicHead::Result DynamicHead::readCodeLengths(BitReader& in, InflateError& er
 InflateError DynamicHead::build(Tables& tables) const noexcept {
   if (lengths_[kEndOfBlockSymbol] == 0) return InflateError::noEndOfBlock;
   const std::span<const std::uint8_t> all(lengths_);
-  if (!buildLiteralTable(all.first(literals_), tables.literals)) return InflateError::literalCode;
-  if (!buildDistanceTable(all.subspan(literals_, distances_), tables.distances))
+  if (!buildLiteralTable(all.first(literals_), tables)) return InflateError::literalCode;
+  if (!buildDistanceTable(all.subspan(literals_, distances_), tables))
     return InflateError::distanceCode;
   return InflateError::none;
 }

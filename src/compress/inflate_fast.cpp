@@ -8,11 +8,19 @@ namespace zantrel::inflate {
 FastStop fastAvx2(const FastJob& job) noexcept;
 #endif
 
+namespace {
+
+struct PortableBits {
+  static std::uint64_t low(std::uint64_t bits, unsigned n) noexcept { return lowBits(bits, n); }
+};
+
+}  // namespace
+
 FastStop fast(const FastJob& job) noexcept {
 #if defined(ZT_X86_64)
   if (cpuFeatures().avx2) return fastAvx2(job);
 #endif
-  return fastLoop(job);
+  return fastLoop<PortableBits>(job);
 }
 
 }  // namespace zantrel::inflate

@@ -36,8 +36,10 @@ struct FastJob {
   std::uint8_t* stopAt;  ///< the loop ends behind this position, or earlier
 };
 
+constexpr std::size_t kTableSize = std::size_t{1} << kLiteralBits;
+
 // The margins: what one turn of the loop reads and writes at most, overshoot included.
-inline constexpr std::size_t kInputMargin = 32;
+inline constexpr std::size_t kInputMargin = 24;
 inline constexpr std::size_t kWord = 8;
 inline constexpr std::size_t kCopiedAtOnce = 5 * kWord;
 inline constexpr std::size_t kOutputMargin = 12 + 258 + kCopiedAtOnce;
@@ -78,6 +80,8 @@ inline constexpr std::size_t kOutputMargin = 12 + 258 + kCopiedAtOnce;
   } while (to < end);
 }
 
+// Bits says how the lowest bits of a word are had.
+template <class Bits>
 [[gnu::always_inline]] inline FastStop fastLoop(const FastJob& job) noexcept {
   BitReader in = job.in;
   const Entry* const primary = job.primary;
@@ -89,74 +93,102 @@ inline constexpr std::size_t kOutputMargin = 12 + 258 + kCopiedAtOnce;
   FastStop stop = FastStop::margin;
   std::uint64_t before = 0;
 
+  // As BitReader does, but with whole entries subtracted, so that only the low byte counts.
+  std::uint64_t bits = in.bits;
+  unsigned count = in.count;
+  const auto take = [&](Entry entry) __attribute__((always_inline)) {
+    bits >>= bitsOf(entry) & 63;
+    count -= entry;
+  };
+  const auto fill = [&]() __attribute__((always_inline)) {
+    bits |= loadWord<std::uint64_t, std::endian::little>(in.next) << (count & 63);
+    in.next += (~count >> 3) & 7;
+    count |= 56;
+  };
   // Gives an entry's literals and takes its bits.
   const auto apply = [&](Entry entry) __attribute__((always_inline)) {
-    storeWord<std::endian::little>(entry >> 16, out);
+    storeWord<std::endian::little>(literalsIn(entry), out);
     out += literalsOf(entry);
-    before = in.bits;
-    in.take(bitsOf(entry));
+    before = bits;
+    take(entry);
   };
   const auto lookUp = [&]() __attribute__((always_inline)) {
-    return primary[lowBits(in.bits, kLiteralBits)];
+    return primary[bits & (kTableSize - 1)];
   };
-  constexpr Entry kNotLiteral = kMatch | kSpecial;
+  const auto extra = [](std::uint64_t from, Entry entry) __attribute__((always_inline)) {
+    return static_cast<unsigned>(Bits::low(from, bitsOf(entry)) >> codeBitsOf(entry));
+  };
+  const auto atMargin = [&]() __attribute__((always_inline)) {
+    return in.next > inLimit || out > outLimit;
+  };
 
-  in.fillWide();
+  fill();
   Entry entry = lookUp();
+  // Each turn begins with 28 bits or more, enough for the longest length and an index into the
+  // distances. Most turns are a match; the order of the rest is measured.
   for (;;) {
-    // Three short codes and the longest match fit what was filled, but for the distance.
     apply(entry);
-    if ((entry & kNotLiteral) == 0) {
-      apply(entry = lookUp());
-      if ((entry & kNotLiteral) == 0) {
+    if (isLiteral(entry)) [[unlikely]] {
+      entry = lookUp();
+      fill();
+      // Two more literals leave 34 bits, one and the longest length 25.
+      apply(entry);
+      if (isLiteral(entry)) {
         apply(entry = lookUp());
+        if (isLiteral(entry)) [[unlikely]] {
+          entry = lookUp();
+          if (atMargin()) break;
+          continue;
+        }
       }
     }
-    if ((entry & kSpecial) != 0) [[unlikely]] {
-      if ((entry & kSubtable) != 0) apply(entry = inSubtable(job.literals, entry, in.bits));
-      if ((entry & kSpecial) != 0) {
-        stop = (entry & kEndOfBlock) != 0 ? FastStop::endOfBlock : FastStop::badLiteral;
+    if (isSpecial(entry)) [[unlikely]] {
+      if (isSubtable(entry)) apply(entry = inSubtable(job.literals, entry, bits));
+      if (isSpecial(entry)) {
+        stop = isEndOfBlock(entry) ? FastStop::endOfBlock : FastStop::badLiteral;
+        break;
+      }
+      if (isLiteral(entry)) {
+        entry = lookUp();
+        fill();
+        if (atMargin()) break;
+        continue;
+      }
+    }
+    const std::size_t length = lengthOf(entry) + extra(before, entry);
+    Entry far = distances[bits & ((1U << kDistanceBits) - 1)];
+    fill();
+    if (isSpecial(far)) [[unlikely]] {
+      if (isSubtable(far)) {
+        take(kDistanceBits);
+        far = inSubtable(distances, far, bits);
+      }
+      if (isSpecial(far)) {
+        stop = FastStop::badDistance;
         break;
       }
     }
-    if ((entry & kMatch) != 0) {
-      const std::size_t length = lengthOf(entry) + extraOf(before, entry);
-      Entry far = distances[lowBits(in.bits, kDistanceBits)];
-      in.fillWide();
-      if ((far & kSpecial) != 0) [[unlikely]] {
-        if ((far & kSubtable) != 0) {
-          in.take(kDistanceBits);
-          far = inSubtable(distances, far, in.bits);
-        }
-        if ((far & kSpecial) != 0) {
-          stop = FastStop::badDistance;
-          break;
-        }
-      }
-      const std::size_t distance = distanceOf(far) + extraOf(in.bits, far);
-      in.take(bitsOf(far));
-      entry = lookUp();
-      in.fillWide();
+    const std::size_t distance = distanceOf(far) + extra(bits, far);
+    take(far);
+    entry = lookUp();  // while the match is copied
 
-      const std::size_t history = static_cast<std::size_t>(out - begin);
-      if (distance <= history) [[likely]] {
-        copyMatch(out, distance, length);
-      } else {
-        const std::size_t back = distance - history;
-        if (back > job.window.filled()) {
-          stop = FastStop::tooFar;
-          break;
-        }
-        const std::size_t copied = job.window.copyWide(out, back, length);
-        if (copied < length) copyMatch(out + copied, distance, length - copied);
-      }
-      out += length;
+    const std::size_t history = static_cast<std::size_t>(out - begin);
+    if (distance <= history) [[likely]] {
+      copyMatch(out, distance, length);
     } else {
-      entry = lookUp();
-      in.fillWide();
+      const std::size_t back = distance - history;
+      if (back > job.window.filled()) {
+        stop = FastStop::tooFar;
+        break;
+      }
+      const std::size_t copied = job.window.copyWide(out, back, length);
+      if (copied < length) copyMatch(out + copied, distance, length - copied);
     }
-    if (in.next > inLimit || out > outLimit) break;
+    out += length;
+    if (atMargin()) break;
   }
+  in.bits = bits;
+  in.count = count & 63;
   job.in = in;
   job.out.next = out;
   return stop;

@@ -17,7 +17,7 @@ using inflate::Output;
 namespace {
 
 // A code that serves for this much output is worth a table of pairs.
-constexpr std::size_t kPairsPayBehind = 4096;
+constexpr std::size_t kPairsPayBehind = 12288;
 
 // The trace of a stream of many empty blocks would otherwise outgrow the stream itself.
 constexpr int kMaxTraceLines = 10000;
@@ -36,7 +36,7 @@ constexpr StateName kStateNames[] = {
 struct Symbol {
   Symbol(const Entry* table, unsigned width, std::uint64_t bits) noexcept
       : entry(table[inflate::lowBits(bits, width)]) {
-    if ((entry & inflate::kSubtable) == 0) return;
+    if (!inflate::isSubtable(entry)) return;
     prefix = width;
     entry = inflate::inSubtable(table, entry, bits >> width);
   }
@@ -265,7 +265,7 @@ InflateState2::Step InflateState2::decodeBlock(BitReader& in, Output& out) {
 
 InflateState2::Step InflateState2::decodeFast(BitReader& in, Output& out) {
   if (!havePairs_ && pairsDue_ == 0) {
-    inflate::buildPairTable(own_.literals, own_.pairs);
+    inflate::buildPairTable(own_);
     havePairs_ = true;
   }
   std::size_t room = out.room() - inflate::kOutputMargin;
@@ -295,41 +295,37 @@ InflateState2::Step InflateState2::decodeFast(BitReader& in, Output& out) {
   return fail(InflateError::distanceTooFar);
 }
 
-// Takes no more bytes than the symbols need, a length and its distance being taken as one.
+// A length and its distance are taken as one, so that what is left over at the end of the input is
+// the start of one symbol.
 InflateState2::Step InflateState2::decodeCarefully(BitReader& in, Output& out) {
   for (;;) {
+    in.fill();
     const Symbol symbol(tables_->literals.data(), inflate::kLiteralBits, in.bits);
-    bool complete = symbol.codeBits() <= in.count;
-    if (complete && (symbol.entry & inflate::kSpecial) != 0) {
-      if ((symbol.entry & inflate::kEndOfBlock) == 0) return fail(InflateError::literalSymbol);
+    if (symbol.codeBits() > in.count) return Step::needInput;
+    if (inflate::isSpecial(symbol.entry)) {
+      if (!inflate::isEndOfBlock(symbol.entry)) return fail(InflateError::literalSymbol);
       in.take(symbol.bits());
       return endOfBlock();
     }
-    if (complete && (symbol.entry & inflate::kMatch) == 0) {
+    if (inflate::isLiteral(symbol.entry)) {
       if (out.room() == 0) return Step::needOutput;
-      *out.next++ = static_cast<std::uint8_t>(symbol.entry >> 16);
+      *out.next++ = static_cast<std::uint8_t>(inflate::literalsIn(symbol.entry));
       in.take(symbol.bits());
       continue;
     }
-    if (complete && symbol.bits() <= in.count) {
-      const std::uint64_t behind = in.bits >> symbol.bits();
-      const Symbol far(tables_->distances.data(), inflate::kDistanceBits, behind);
-      const unsigned left = in.count - symbol.bits();
-      if (far.codeBits() <= left && (far.entry & inflate::kSpecial) != 0)
-        return fail(InflateError::distanceSymbol);
-      if (far.bits() <= left) {
-        matchLeft_ = inflate::lengthOf(symbol.entry) + symbol.extra(in.bits);
-        matchDistance_ = inflate::distanceOf(far.entry) + far.extra(behind);
-        in.take(symbol.bits() + far.bits());
-        if (matchDistance_ > out.size() + window_.filled()) {
-          matchLeft_ = 0;
-          return fail(InflateError::distanceTooFar);
-        }
-        if (!copyPendingMatch(out)) return Step::needOutput;
-        continue;
-      }
-    }
-    if (!in.fillByte()) return Step::needInput;
+    if (symbol.bits() > in.count) return Step::needInput;
+    const std::uint64_t behind = in.bits >> symbol.bits();
+    const unsigned left = in.count - symbol.bits();
+    const Symbol far(tables_->distances.data(), inflate::kDistanceBits, behind);
+    if (far.codeBits() > left) return Step::needInput;
+    if (inflate::isSpecial(far.entry)) return fail(InflateError::distanceSymbol);
+    if (far.bits() > left) return Step::needInput;
+    const std::size_t distance = inflate::distanceOf(far.entry) + far.extra(behind);
+    if (distance > out.size() + window_.filled()) return fail(InflateError::distanceTooFar);
+    matchLeft_ = inflate::lengthOf(symbol.entry) + symbol.extra(in.bits);
+    matchDistance_ = distance;
+    in.take(symbol.bits() + far.bits());
+    if (!copyPendingMatch(out)) return Step::needOutput;
   }
 }
 

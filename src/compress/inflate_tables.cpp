@@ -10,16 +10,18 @@ namespace {
 // Taken and code bits both grow by a code's length.
 constexpr Entry kPerCodeBit = 1U | 1U << 8;
 constexpr Entry kInvalid = kSpecial | kPerCodeBit;
+constexpr Entry kOneLiteral = 1U << 30;
+constexpr unsigned kLiteralShift = 14;
+constexpr unsigned kLengthShift = 22;
 constexpr unsigned kValueShift = 16;
-constexpr unsigned kLengthShift = 24;
 
 // What a symbol's entry holds besides the length of its code (RFC 1951, section 3.2.5).
 
 constexpr std::array<Entry, kLiteralSymbols> makeLiteralSymbols() {
   std::array<Entry, kLiteralSymbols> symbols{};
   for (Entry literal = 0; literal < 256; ++literal)
-    symbols[literal] = 1U << 6 | literal << kValueShift | literal << kLengthShift;
-  symbols[256] = kSpecial | kEndOfBlock;
+    symbols[literal] = kOneLiteral | literal << kLiteralShift | literal << kLengthShift;
+  symbols[256] = kEndOfBlock;
   Entry length = 0;  // less 3
   for (unsigned symbol = 257; symbol < 285; ++symbol) {
     const unsigned extra = symbol < 265 ? 0 : (symbol - 261) / 4;
@@ -36,7 +38,7 @@ constexpr std::array<Entry, kDistanceSymbols> makeDistanceSymbols() {
   Entry distance = 1;
   for (unsigned symbol = 0; symbol < 30; ++symbol) {
     const unsigned extra = symbol < 4 ? 0 : symbol / 2 - 1;
-    symbols[symbol] = kMatch | distance << kValueShift | extra;
+    symbols[symbol] = distance << kValueShift | extra;
     distance += 1U << extra;
   }
   symbols[30] = symbols[31] = kSpecial;
@@ -96,15 +98,24 @@ constexpr unsigned nextCode(unsigned code, unsigned length) {
   return (code & (top - 1)) | top;
 }
 
+// Makes a table for codes up to one bit less into one for `length` bits.
+void doubleTable(std::span<Entry> table, unsigned length) {
+  std::copy_n(table.begin(), sizeOf(length - 1), &table[sizeOf(length - 1)]);
+}
+
 class TableBuilder {
  public:
-  TableBuilder(SortedCode& code, const Entry* symbols, std::span<Entry> table, unsigned bits)
-      : code_(code), symbols_(symbols), table_(table), bits_(bits) {}
+  // `shortCodes`, which may be null, gets the codes that need no subtable.
+  TableBuilder(SortedCode& code, const Entry* symbols, std::span<Entry> table, unsigned bits,
+               ShortCodes* shortCodes)
+      : code_(code), symbols_(symbols), table_(table), bits_(bits), shortCodes_(shortCodes) {}
 
   // Of a complete code.
   bool build() noexcept {
     fillPrimary();
-    return next_ == code_.used || fillSubtables();
+    const bool filled = next_ == code_.used || fillSubtables();
+    if (shortCodes_ != nullptr) shortCodes_->begin(bits_ + 1);
+    return filled;
   }
 
  private:
@@ -115,9 +126,12 @@ class TableBuilder {
   // A table for codes of one length is doubled into the table for the next.
   void fillPrimary() noexcept {
     for (unsigned length = 1; length <= bits_; ++length) {
-      if (next_ != 0) std::copy_n(table_.begin(), sizeOf(length - 1), &table_[sizeOf(length - 1)]);
+      if (next_ != 0) doubleTable(table_, length);
+      if (shortCodes_ != nullptr) shortCodes_->begin(length);
       for (unsigned n = code_.count[length]; n > 0; --n) {
-        table_[reversed_] = entry(next_++, length);
+        const Entry value = entry(next_++, length);
+        table_[reversed_] = value;
+        if (shortCodes_ != nullptr) shortCodes_->add(reversed_, value);
         reversed_ = nextCode(reversed_, length);
       }
     }
@@ -136,8 +150,10 @@ class TableBuilder {
           start = end;
           end += sizeOf(width);
           if (end > table_.size()) return false;
-          table_[prefix] =
-              kSpecial | kSubtable | bits_ | width << 8 | static_cast<Entry>(start) << kValueShift;
+          const Entry pointer =
+              kSubtable | bits_ | width << 8 | static_cast<Entry>(start) << kValueShift;
+          table_[prefix] = pointer;
+          if (shortCodes_ != nullptr) shortCodes_->add(prefix, pointer);
         }
         const Entry value = entry(next_++, length - bits_);
         for (std::size_t at = start + (reversed_ >> bits_); at < end; at += sizeOf(length - bits_))
@@ -160,17 +176,26 @@ class TableBuilder {
   const Entry* symbols_;
   std::span<Entry> table_;
   unsigned bits_;
+  ShortCodes* shortCodes_;
   std::size_t next_ = 0;
   unsigned reversed_ = 0;
 };
 
+// The first value stays in its place, the second in its own; everything else adds up.
+constexpr Entry joined(Entry literal, Entry second) {
+  constexpr Entry kFirst = 0xFFU << kLiteralShift;
+  constexpr Entry kSecond = 0xFFU << kLengthShift;
+  return (literal & ~kSecond) + (second & ~kFirst);
+}
+
 enum class Sparse { refused, oneAllowed, noneAllowed };
 
 bool buildTable(std::span<const std::uint8_t> lengths, const Entry* symbols, std::span<Entry> table,
-                unsigned bits, Sparse sparse) noexcept {
+                unsigned bits, Sparse sparse, ShortCodes* shortCodes = nullptr) noexcept {
+  if (shortCodes != nullptr) shortCodes->clear();
   SortedCode code(lengths);
   const int unused = code.unusedShare();
-  if (unused == 0) return TableBuilder(code, symbols, table, bits).build();
+  if (unused == 0) return TableBuilder(code, symbols, table, bits, shortCodes).build();
   if (unused < 0 || sparse == Sparse::refused) return false;
   const bool single = code.used == 1 && code.count[1] == 1;
   if (!single && !(code.used == 0 && sparse == Sparse::noneAllowed)) return false;
@@ -184,32 +209,38 @@ bool buildTable(std::span<const std::uint8_t> lengths, const Entry* symbols, std
 
 }  // namespace
 
-bool buildLiteralTable(std::span<const std::uint8_t> lengths, LiteralTable& table) noexcept {
-  return buildTable(lengths, kLiterals.data(), table, kLiteralBits, Sparse::oneAllowed);
+bool buildLiteralTable(std::span<const std::uint8_t> lengths, Tables& tables) noexcept {
+  return buildTable(lengths, kLiterals.data(), tables.literals, kLiteralBits, Sparse::oneAllowed,
+                    &tables.shortCodes);
 }
 
-bool buildDistanceTable(std::span<const std::uint8_t> lengths, DistanceTable& table) noexcept {
-  return buildTable(lengths, kDistances.data(), table, kDistanceBits, Sparse::noneAllowed);
+bool buildDistanceTable(std::span<const std::uint8_t> lengths, Tables& tables) noexcept {
+  return buildTable(lengths, kDistances.data(), tables.distances, kDistanceBits,
+                    Sparse::noneAllowed);
 }
 
 bool buildCodeLengthTable(std::span<const std::uint8_t> lengths, CodeLengthTable& table) noexcept {
   return buildTable(lengths, kCodeLengths.data(), table, kCodeLengthBits, Sparse::refused);
 }
 
-void buildPairTable(const LiteralTable& from, PairTable& pairs) noexcept {
-  // Both values stand in bits 16-31, the first at 16, the second at 24; everything else adds up.
-  constexpr Entry kFirst = 0x00FFFFFF;
-  constexpr Entry kSecond = 0xFF00FFFF;
-  std::copy_n(from.begin(), pairs.size(), pairs.begin());
-  for (std::size_t code = 0; code < pairs.size() / 2; ++code) {
-    const Entry first = from[code];
-    const unsigned bits = codeBitsOf(first);
-    if ((first & (kMatch | kSpecial)) != 0 || code >= sizeOf(bits)) continue;
-    // Behind the first code, the table's own start tells what the rest of the index begins with.
-    for (std::size_t rest = 0; rest < sizeOf(kLiteralBits - bits); ++rest) {
-      const Entry second = from[rest];
-      const bool fits = (second & kSpecial) == 0 && bits + codeBitsOf(second) <= kLiteralBits;
-      pairs[code | rest << bits] = fits ? (first & kFirst) + (second & kSecond) : first;
+void buildPairTable(Tables& tables) noexcept {
+  // As a table of single codes is made: what is as long as the table's index has one place in it,
+  // and doubling repeats it.
+  const ShortCodes& codes = tables.shortCodes;
+  PairTable& pairs = tables.pairs;
+  std::copy_n(tables.literals.begin(), pairs.size(), pairs.begin());
+  const unsigned shortest = codes.shortest();
+  for (unsigned length = 2 * shortest; length <= kLiteralBits; ++length) {
+    doubleTable(pairs, length);
+    for (const ShortCodes::Item& single : codes.ofLength(length)) pairs[single.code] = single.entry;
+    for (unsigned bits = shortest; bits + shortest <= length; ++bits) {
+      for (const ShortCodes::Item& first : codes.ofLength(bits)) {
+        if (!isLiteral(first.entry)) continue;
+        for (const ShortCodes::Item& second : codes.ofLength(length - bits)) {
+          if (!isSpecial(second.entry))
+            pairs[first.code | second.code << bits] = joined(first.entry, second.entry);
+        }
+      }
     }
   }
 }
@@ -224,11 +255,11 @@ const Tables& fixedTables() noexcept {
                                                                  : 8);
     }
     Tables fixed;
-    buildLiteralTable(lengths, fixed.literals);
+    buildLiteralTable(lengths, fixed);
     std::array<std::uint8_t, kDistanceSymbols> distances;
     distances.fill(5);
-    buildDistanceTable(distances, fixed.distances);
-    buildPairTable(fixed.literals, fixed.pairs);
+    buildDistanceTable(distances, fixed);
+    buildPairTable(fixed);
     return fixed;
   }();
   return tables;

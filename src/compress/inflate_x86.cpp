@@ -5,12 +5,24 @@
 
 #if defined(ZT_X86_64)
 
+#include "platform/x86_intrinsics.h"
+
 namespace zantrel::inflate {
 
 FastStop fastAvx2(const FastJob& job) noexcept;
 
-ZT_TARGET_AVX2 FastStop fastAvx2(const FastJob& job) noexcept {
-  return fastLoop(job);
+namespace {
+
+struct Bmi2Bits {
+  ZT_TARGET_AVX2 static std::uint64_t low(std::uint64_t bits, unsigned n) noexcept {
+    return _bzhi_u64(bits, n);
+  }
+};
+
+}  // namespace
+
+[[gnu::aligned(64)]] ZT_TARGET_AVX2 FastStop fastAvx2(const FastJob& job) noexcept {
+  return fastLoop<Bmi2Bits>(job);
 }
 
 }  // namespace zantrel::inflate
