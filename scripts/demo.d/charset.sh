@@ -1,15 +1,7 @@
 #!/usr/bin/env bash
 # Real files of several charsets, made by iconv, converted by zantrel.
-set -euo pipefail
+. "$(dirname "$0")/show.bash"
 
-bold='' plain=''
-[ ! -t 1 ] || bold=$'\033[1m' plain=$'\033[0m'
-title() { printf '\n%s%s%s\n' "$bold" "$*" "$plain"; }
-# Shows a command, runs it, and indents what it says.
-show() {
-  printf '  $ %s\n' "$*"
-  { "$@" 2>&1 || printf '(exit status %d)\n' $?; } | sed 's/^/    /'
-}
 # The first bytes of a file, as they are.
 bytes() { od -An -tx1 -N24 "$1" | tr -s ' \n' ' ' | sed 's/^/    bytes:/; s/$/.../'; echo; }
 
