@@ -374,7 +374,8 @@ class ZANTREL_API Crypt2 final {
   // Keys and random bytes
 
   /// Sets SecretKey to the bytes that a text encodes. Encodings are named as in EncodingMode.
-  /// Fails, keeping the old key, when that is nothing.
+  /// Fails, keeping the old key, when that is nothing. The log of this call, and of no other, shows
+  /// the key: set SecretKey instead where logs are kept.
   bool SetEncodedKey(Text key, Text encoding);
 
   /// SecretKey as text in an encoding.

