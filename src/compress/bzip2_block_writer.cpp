@@ -18,7 +18,8 @@ namespace {
 using namespace bzip2;
 
 constexpr unsigned kLongestCode = 17;  // some decoders take no longer ones, and none would help
-constexpr int kRounds = 4;
+constexpr int kFirstRounds = 2;        // that show which start is the better one
+constexpr int kFurtherRounds = 3;
 
 // The costs of a symbol in all tables lie side by side in one word, so that a group's costs are
 // sums of words.
@@ -107,16 +108,21 @@ void Bzip2BlockWriter::chooseTables() {
   std::uint64_t least = ~std::uint64_t{0};
   for (const auto start : {&Bzip2BlockWriter::startByAlphabet, &Bzip2BlockWriter::startByLevel}) {
     (this->*start)();
-    for (int round = 0; round < kRounds; ++round) {
-      selectTables();
-      fitTables();
-    }
+    improveChoice(kFirstRounds);
     const std::uint64_t bits = choiceBits();
     if (bits >= least) continue;
     least = bits;
     best_ = choice_;
   }
   choice_ = best_;
+  improveChoice(kFurtherRounds);
+}
+
+void Bzip2BlockWriter::improveChoice(int rounds) {
+  for (; rounds > 0; --rounds) {
+    selectTables();
+    fitTables();
+  }
 }
 
 void Bzip2BlockWriter::fitTables() {

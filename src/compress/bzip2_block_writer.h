@@ -31,6 +31,7 @@ class Bzip2BlockWriter {
   void addRun(std::size_t size) noexcept;
   void addSymbol(unsigned symbol) noexcept;
   void chooseTables();
+  void improveChoice(int rounds);
   void startByAlphabet();
   void startByLevel();
   void selectTables() noexcept;

@@ -44,8 +44,7 @@ struct Bzip2Inverse::Segment {
 
 Bzip2Inverse::Bzip2Inverse()
     : rows_(std::make_unique_for_overwrite<std::uint32_t[]>(kMaxBlock + 1)),
-      segments_(std::make_unique_for_overwrite<Segment[]>(kSegments)),
-      lanes_(std::make_unique_for_overwrite<std::uint8_t[]>(kLanes * kLaneSize)) {}
+      segments_(std::make_unique_for_overwrite<Segment[]>(kSegments)) {}
 
 Bzip2Inverse::~Bzip2Inverse() = default;
 
@@ -78,6 +77,8 @@ void Bzip2Inverse::followOneChain(std::uint8_t* text, std::size_t size,
 }
 
 void Bzip2Inverse::followLanes(std::uint8_t* text, std::size_t size, std::size_t origin) {
+  if (lanes_ == nullptr)
+    lanes_ = std::make_unique_for_overwrite<std::uint8_t[]>(kLanes * kLaneSize);
   std::uint32_t count = 0;
   const auto addStart = [&](std::size_t row) {
     if (rows_[row] >= kStart) return;

@@ -30,7 +30,7 @@ class Bzip2Inverse {
   std::unique_ptr<std::uint32_t[]>
       rows_;  // first byte of a rotation; above it the row of the next one
   std::unique_ptr<Segment[]> segments_;
-  std::unique_ptr<std::uint8_t[]> lanes_;
+  std::unique_ptr<std::uint8_t[]> lanes_;  // none before the first large block
 };
 
 }  // namespace zantrel

@@ -10,15 +10,14 @@
 //
 // Each circle is turned to begin at a valley, so that only a valley ever has to look around its
 // end: valleys start nothing but the first pass, where the first one is listed at the end instead.
-// A row holds its position and, above it, the symbol before that: which bucket a visit appends to
-// is known without another look at the text, and in the end those symbols are the last column.
+// A row holds its position and, above it, the symbol before that, and whether that descends: what a
+// visit appends, and where, is known without another look at the text, and in the end those symbols
+// are the last column.
 
 #include "compress/bzip2_rotation_sort.h"
 
 #include <algorithm>
-#include <array>
-#include <cstring>
-#include <type_traits>
+#include <bit>
 #include <vector>
 
 #include "compress/bzip2_format.h"
@@ -99,6 +98,9 @@ class Circle {
 
  private:
   static constexpr Row kPositionMask = (Row{1} << kPositionBits) - 1;
+  // The two highest bits of a row.
+  static constexpr Row kAfterDescent = ~(~Row{0} >> 1);  // the position before descends
+  static constexpr Row kAscends = kAfterDescent >> 1;    // this one ascends
 
   void classify() noexcept;
   void placeValleys() noexcept;
@@ -107,9 +109,11 @@ class Circle {
   void sortAscending() noexcept;
   bool samePiece(std::size_t a, std::size_t b, std::size_t size) const noexcept;
 
-  Row rowFor(std::size_t position) const noexcept {
-    return static_cast<Row>(Row{text_[static_cast<std::ptrdiff_t>(position) - 1]} << kPositionBits |
-                            static_cast<Row>(position));
+  Symbol before(std::size_t position) const noexcept {
+    return text_[static_cast<std::ptrdiff_t>(position) - 1];
+  }
+  static Row makeRow(std::size_t position, Symbol before, Row flags) noexcept {
+    return static_cast<Row>(Row{before} << kPositionBits | static_cast<Row>(position) | flags);
   }
   std::size_t half(std::size_t valley) const noexcept { return valley == size_ ? 0 : valley / 2; }
 
@@ -123,12 +127,8 @@ class Circle {
   std::uint32_t* valleys_ = nullptr;  // in the order of the text; the first, at 0, stands as size_
   std::uint32_t* sorted_ = nullptr;   // from the greatest to the least
   std::uint32_t* atHalf_ = nullptr;   // by half a valley's position: size, then number of its piece
-  // Of the rows of each symbol: the first, the first ascending position, the first valley when only
-  // those are there, and where a pass goes on.
-  std::uint32_t* begin_ = nullptr;
-  std::uint32_t* ascending_ = nullptr;
-  std::uint32_t* valleyRow_ = nullptr;
-  std::uint32_t* next_ = nullptr;
+  std::uint32_t* begin_ = nullptr;    // of the rows of each symbol; behind them that of no symbol
+  std::uint32_t* next_ = nullptr;     // where a pass goes on
 
   Scratch<Symbol> textStorage_;
   Scratch<Row> rowStorage_;
@@ -152,21 +152,17 @@ bool Circle<S, R, B>::assign(const S* symbols, std::size_t size, std::size_t alp
   valleys_ = valleyStorage_.get(3 * most);
   sorted_ = valleys_ + most;
   atHalf_ = sorted_ + most;
-  begin_ = bucketStorage_.get(4 * alphabet + 1);
-  ascending_ = begin_ + alphabet + 1;
-  valleyRow_ = ascending_ + alphabet;
-  next_ = valleyRow_ + alphabet;
+  begin_ = bucketStorage_.get(2 * alphabet + 1);
+  next_ = begin_ + alphabet + 1;
   classify();
   return true;
 }
 
-// Finds the valleys and the bounds of the buckets, backwards: where symbols are equal, the type is
-// that of the next position.
+// Finds the valleys, backwards, since where symbols are equal the type is that of the next
+// position; and the bounds of the buckets.
 template <class S, class R, unsigned B>
 void Circle<S, R, B>::classify() noexcept {
-  std::uint32_t* const descending = next_;
-  std::fill_n(ascending_, alphabet_, 0);
-  std::fill_n(descending, alphabet_, 0);
+  std::fill_n(begin_, alphabet_ + 1, 0);
   const std::size_t most = size_ / 2 + 1;
   std::size_t found = most;  // listed from the end
   unsigned nextAscends = 1;
@@ -175,8 +171,7 @@ void Circle<S, R, B>::classify() noexcept {
     const S symbol = text_[i];
     const unsigned ascends =
         unsigned{symbol < nextSymbol} | (unsigned{symbol == nextSymbol} & nextAscends);
-    ascending_[symbol] += ascends;
-    descending[symbol] += 1 - ascends;
+    ++begin_[symbol];
     // Overwritten by the next one if it is no valley.
     sorted_[found - 1] = static_cast<std::uint32_t>(i + 1);
     found -= nextAscends & ~ascends;
@@ -188,64 +183,54 @@ void Circle<S, R, B>::classify() noexcept {
   std::copy(sorted_ + found, sorted_ + most - 1, valleys_ + 1);
 
   std::uint32_t sum = 0;
-  for (std::size_t c = 0; c < alphabet_; ++c) {
-    const std::uint32_t count = descending[c] + ascending_[c];
+  for (std::size_t c = 0; c <= alphabet_; ++c) {
+    const std::uint32_t count = begin_[c];
     begin_[c] = sum;
-    ascending_[c] = sum + descending[c];
     sum += count;
   }
-  begin_[alphabet_] = sum;
 }
 
-// Valleys go to the ends of their buckets.
+// Valleys go to the ends of their buckets; all other rows are left empty, which is 0.
 template <class S, class R, unsigned B>
 void Circle<S, R, B>::placeValleys() noexcept {
-  std::copy(begin_ + 1, begin_ + alphabet_ + 1, valleyRow_);
-  for (std::size_t i = 0; i < valleyCount_; ++i)
-    rows_[--valleyRow_[text_[sorted_[i]]]] = rowFor(sorted_[i]);
+  std::fill_n(rows_, size_, R{0});
+  std::copy(begin_ + 1, begin_ + alphabet_ + 1, next_);
+  for (std::size_t i = 0; i < valleyCount_; ++i) {
+    const std::size_t position = sorted_[i];
+    rows_[--next_[text_[position]]] = makeRow(position, before(position), kAfterDescent);
+  }
 }
 
 template <class S, class R, unsigned B>
 void Circle<S, R, B>::sortDescending() noexcept {
   std::copy(begin_, begin_ + alphabet_, next_);
-  const auto append = [this](S symbol, R row) {
-    rows_[next_[symbol]++] = rowFor(static_cast<std::size_t>(row & kPositionMask) - 1);
-  };
-  for (std::size_t c = 0; c < alphabet_; ++c) {
-    for (std::size_t i = begin_[c]; i < next_[c]; ++i) {
-      const R row = rows_[i];
-      const S before = static_cast<S>(row >> B);
-      if (before >= c) append(before, row);
-    }
-    for (std::size_t i = valleyRow_[c]; i < begin_[c + 1]; ++i)
-      append(static_cast<S>(rows_[i] >> B), rows_[i]);
+  for (std::size_t i = 0; i < size_; ++i) {
+    if ((rows_[i] & kAfterDescent) == 0) continue;
+    const std::size_t position = positionAt(i) - 1;
+    const S symbol = symbolBefore(i);
+    const S earlier = before(position);
+    rows_[next_[symbol]++] = makeRow(position, earlier, earlier >= symbol ? kAfterDescent : R{0});
   }
 }
 
-// Valleys are met again as the ascending positions behind a greater symbol.
+// Valleys are met again as the ascending positions behind a descending one. Their old rows are
+// overwritten before the pass comes to them.
 template <class S, class R, unsigned B>
 template <bool kListValleys>
 void Circle<S, R, B>::sortAscending() noexcept {
   std::copy(begin_ + 1, begin_ + alphabet_ + 1, next_);
   std::size_t listed = 0;
-  const auto append = [this](S symbol, R row) {
-    rows_[--next_[symbol]] = rowFor(static_cast<std::size_t>(row & kPositionMask) - 1);
-  };
-  for (std::size_t c = alphabet_; c-- > 0;) {
-    for (std::size_t i = begin_[c + 1]; i > next_[c];) {
-      const R row = rows_[--i];
-      const S before = static_cast<S>(row >> B);
-      if (before <= c) {
-        append(before, row);
-      } else if constexpr (kListValleys) {
-        const auto position = static_cast<std::uint32_t>(row & kPositionMask);
-        sorted_[listed++] = position == 0 ? static_cast<std::uint32_t>(size_) : position;
-      }
-    }
-    for (std::size_t i = ascending_[c]; i > begin_[c];) {
-      const R row = rows_[--i];
-      const S before = static_cast<S>(row >> B);
-      if (before < c) append(before, row);
+  for (std::size_t i = size_; i-- > 0;) {
+    if ((rows_[i] & kAfterDescent) == 0) {
+      const std::size_t position = positionAt(i) - 1;
+      const S symbol = symbolBefore(i);
+      const S earlier = before(position);
+      rows_[--next_[symbol]] =
+          makeRow(position, earlier, earlier > symbol ? kAscends | kAfterDescent : kAscends);
+    } else if constexpr (kListValleys) {
+      if ((rows_[i] & kAscends) == 0) continue;
+      const auto position = static_cast<std::uint32_t>(positionAt(i));
+      sorted_[listed++] = position == 0 ? static_cast<std::uint32_t>(size_) : position;
     }
   }
 }
@@ -306,9 +291,9 @@ const std::uint32_t* Circle<S, R, B>::pieceNumbers() noexcept {
 }
 
 // Rows of one word for a block, of two for the circles of its pieces.
-constexpr unsigned kBlockPositionBits = 24;
+constexpr unsigned kBlockPositionBits = 20;
 using BlockCircle = Circle<std::uint8_t, std::uint32_t, kBlockPositionBits>;
-using PieceCircle = Circle<std::uint32_t, std::uint64_t, 32>;
+using PieceCircle = Circle<std::uint32_t, std::uint64_t, 30>;
 static_assert(kMaxBlock < 1U << kBlockPositionBits);
 
 }  // namespace
