@@ -6,7 +6,7 @@
 #include <iterator>
 #include <map>
 
-#include "session.h"
+#include "long_streams.h"
 
 namespace zantrel_cli {
 namespace {
@@ -54,21 +54,19 @@ void obeyMark(Zantrel::Charset& charset, const Options& options, Zantrel::ByteVi
   if (!marked.empty()) charset.put_FromCharset(marked);
 }
 
-/// Whole files go through in blocks; whatever touches a standard stream is held in memory, so that
-/// nothing comes out when the conversion fails.
 int convert(const Context& context, const Options& options) {
   Session<Zantrel::Charset> session(context);
   Zantrel::Charset& charset = session.component();
   if (!configure(session, options)) return kFailed;
   const Progress progress(charset, context);
-  if (!isStandardStream(options.input) && !isStandardStream(options.output)) {
-    return session.report(charset.ConvertFile(options.input, options.output)) ? kDone : kFailed;
-  }
-  Zantrel::Bytes in, out;
-  if (!session.read(options.input, in)) return kFailed;
-  obeyMark(charset, options, in);
-  if (!session.report(charset.ConvertData(in, out))) return kFailed;
-  return session.write(options.output, out) ? kDone : kFailed;
+  const Conversion conversion{[&](const std::string& input, const std::string& output) {
+                                return session.report(charset.ConvertFile(input, output));
+                              },
+                              [&](const Zantrel::Bytes& in, Zantrel::Bytes& out) {
+                                obeyMark(charset, options, in);
+                                return session.report(charset.ConvertData(in, out));
+                              }};
+  return convertStreams(session, options.input, options.output, conversion) ? kDone : kFailed;
 }
 
 }  // namespace

@@ -4,7 +4,7 @@
 
 #include <cstdio>
 
-#include "session.h"
+#include "long_streams.h"
 
 namespace zantrel_cli {
 namespace {
@@ -40,13 +40,13 @@ int convert(const Context& context, const Options& options) {
   charset.put_ToCharset(options.to);
   charset.put_ErrorAction(3);  // HTML has an entity for every character
   const Progress progress(charset, context);
-  if (!isStandardStream(options.input) && !isStandardStream(options.output)) {
-    return session.report(charset.ConvertHtmlFile(options.input, options.output)) ? kDone : kFailed;
-  }
-  Zantrel::Bytes in, out;
-  if (!session.read(options.input, in)) return kFailed;
-  if (!session.report(charset.ConvertHtml(in, out))) return kFailed;
-  return session.write(options.output, out) ? kDone : kFailed;
+  const Conversion conversion{[&](const std::string& input, const std::string& output) {
+                                return session.report(charset.ConvertHtmlFile(input, output));
+                              },
+                              [&](const Zantrel::Bytes& in, Zantrel::Bytes& out) {
+                                return session.report(charset.ConvertHtml(in, out));
+                              }};
+  return convertStreams(session, options.input, options.output, conversion) ? kDone : kFailed;
 }
 
 }  // namespace

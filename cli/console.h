@@ -1,8 +1,9 @@
 #pragma once
-// What the command needs from the system itself: its arguments in UTF-8 and its standard streams
-// byte for byte.
+// What the command needs from the system itself: its arguments in UTF-8, its standard streams byte
+// for byte, and files of its own.
 
 #include <cstdint>
+#include <cstdio>
 #include <functional>
 #include <optional>
 #include <span>
@@ -35,6 +36,16 @@ bool writeStandardOutput(std::span<const std::uint8_t> bytes);
 /// none of these: opening it would write over what stands before.
 std::optional<std::string> standardInputPath();
 std::optional<std::string> standardOutputPath();
+
+/// Opens a file by its name in UTF-8, as std::fopen does.
+std::FILE* openFile(const std::string& path, const char* mode);
+
+/// Removes a file, if it is there.
+void removeFile(const std::string& path);
+
+/// Makes an empty file that only this user may read, in the system's folder for such; its name, or
+/// nothing when that failed.
+std::string makeTemporaryFile();
 
 /// A variable of the environment in UTF-8, if it is set.
 std::optional<std::string> environmentVariable(const std::string& name);

@@ -38,6 +38,24 @@ std::optional<std::string> standardOutputPath() {
   return "/dev/stdout";
 }
 
+std::FILE* openFile(const std::string& path, const char* mode) {
+  return std::fopen(path.c_str(), mode);
+}
+
+void removeFile(const std::string& path) {
+  unlink(path.c_str());
+}
+
+std::string makeTemporaryFile() {
+  const std::optional<std::string> folder = environmentVariable("TMPDIR");
+  std::string path = folder.value_or("").empty() ? "/tmp" : *folder;
+  path += "/zantrel-XXXXXX";
+  const int file = mkstemp(path.data());
+  if (file < 0) return {};
+  close(file);
+  return path;
+}
+
 std::optional<std::string> environmentVariable(const std::string& name) {
   const char* const value = std::getenv(name.c_str());
   return value != nullptr ? std::optional<std::string>(value) : std::nullopt;

@@ -22,6 +22,15 @@ std::string toUtf8(const wchar_t* text) {
   return out;
 }
 
+std::wstring toWide(const std::string& text) {
+  const int size = MultiByteToWideChar(CP_UTF8, 0, text.c_str(), -1, nullptr, 0);
+  if (size <= 1) return {};
+  std::wstring wide(static_cast<std::size_t>(size), L'\0');
+  MultiByteToWideChar(CP_UTF8, 0, text.c_str(), -1, wide.data(), size);
+  wide.pop_back();  // the terminator
+  return wide;
+}
+
 }  // namespace
 
 std::vector<std::string> openConsole(int argc, char** argv) {
@@ -52,11 +61,24 @@ std::optional<std::string> standardOutputPath() {
   return std::nullopt;
 }
 
+std::FILE* openFile(const std::string& path, const char* mode) {
+  return _wfopen(toWide(path).c_str(), toWide(mode).c_str());
+}
+
+void removeFile(const std::string& path) {
+  DeleteFileW(toWide(path).c_str());
+}
+
+std::string makeTemporaryFile() {
+  wchar_t folder[MAX_PATH + 1];
+  wchar_t path[MAX_PATH + 1];
+  const DWORD size = GetTempPathW(MAX_PATH + 1, folder);
+  if (size == 0 || size > MAX_PATH || GetTempFileNameW(folder, L"zan", 0, path) == 0) return {};
+  return toUtf8(path);
+}
+
 std::optional<std::string> environmentVariable(const std::string& name) {
-  const int size = MultiByteToWideChar(CP_UTF8, 0, name.c_str(), -1, nullptr, 0);
-  std::wstring wide(static_cast<std::size_t>(size), L'\0');
-  MultiByteToWideChar(CP_UTF8, 0, name.c_str(), -1, wide.data(), size);
-  const wchar_t* const value = _wgetenv(wide.c_str());
+  const wchar_t* const value = _wgetenv(toWide(name).c_str());
   return value != nullptr ? std::optional<std::string>(toUtf8(value)) : std::nullopt;
 }
 
