@@ -3,6 +3,9 @@
 #include <zantrel/zt_string.h>
 #include <CLI/CLI.hpp>
 
+#include <algorithm>
+
+#include "console.h"
 #include "session.h"
 
 namespace zantrel_cli {
@@ -18,19 +21,54 @@ bool isOneLine(const std::string& encoding) {
   return encoding != "qp" && encoding != "uu";
 }
 
+bool encodePiece(Streams& streams, const Options& options, Zantrel::ByteView in, std::string& out) {
+  Zantrel::ZtString text;
+  return (text.setFromBytes(in, options.encoding) && text.getUtf8(out)) ||
+         streams.complain("there is not enough memory for the encoded text");
+}
+
+bool encodeWhole(Streams& streams, const Options& options) {
+  Zantrel::Bytes in;
+  std::string out;
+  if (!streams.read(options.input, in) || !encodePiece(streams, options, in, out)) return false;
+  if (isOneLine(options.encoding)) out += '\n';
+  return streams.write(options.output, Zantrel::bytesOf(out));
+}
+
+/// From standard input to standard output in constant memory, which the encodings of one line
+/// allow: their text is made of pieces that stand alone, of three bytes, five or one.
+bool encodeInBlocks(Streams& streams, const Options& options) {
+  constexpr std::size_t kBlock = std::size_t{15} << 16;  // a multiple of all these pieces
+  Zantrel::Bytes pending;
+  std::string out;
+  const auto encodePending = [&] {
+    if (!encodePiece(streams, options, pending, out)) return false;
+    pending.clear();
+    return streams.write(options.output, Zantrel::bytesOf(out));
+  };
+  bool good = true;
+  const bool read = readStandardInput([&](Zantrel::ByteView block) {
+    while (good && !block.empty()) {
+      const std::size_t taken = std::min(block.size(), kBlock - pending.size());
+      pending.insert(pending.end(), block.begin(),
+                     block.begin() + static_cast<std::ptrdiff_t>(taken));
+      block = block.subspan(taken);
+      if (pending.size() == kBlock) good = encodePending();
+    }
+    return good;
+  });
+  if (!good) return false;
+  if (!read) return streams.complain("standard input cannot be read");
+  if (!encodePending()) return false;
+  return streams.write(options.output, Zantrel::bytesOf("\n"));
+}
+
 int encode(const Context& context, const Options& options) {
   Streams streams(context);
-  Zantrel::Bytes in;
-  if (!streams.read(options.input, in)) return kFailed;
-  Zantrel::ZtString text;
-  if (!text.setFromBytes(in, options.encoding)) {
-    streams.complain("there is not enough memory for the encoded text");
-    return kFailed;
-  }
-  std::string out;
-  text.getUtf8(out);
-  if (isOneLine(options.encoding)) out += '\n';
-  return streams.write(options.output, Zantrel::bytesOf(out)) ? kDone : kFailed;
+  const bool inBlocks = isStandardStream(options.input) && isStandardStream(options.output) &&
+                        isOneLine(options.encoding);
+  return (inBlocks ? encodeInBlocks(streams, options) : encodeWhole(streams, options)) ? kDone
+                                                                                       : kFailed;
 }
 
 int decode(const Context& context, const Options& options) {

@@ -3,6 +3,8 @@
 
 Usage: cli_test.py COMMAND [ARGUMENT ...]    the command, perhaps behind an emulator
 """
+import base64
+
 from command import CommandCase, main, run
 
 JAPANESE = "吾輩は猫である。"
@@ -130,6 +132,32 @@ class CommandTest(CommandCase):
         self.assertEqual(result.returncode, 1)
         self.assertEqual(result.stdout, b"good: valid\nbad: not valid\n")
         self.assertIn("FirstErrorAt: 1", result.stderr.decode())
+
+    def test_converts_streams_of_any_length_like_files(self):
+        text = "Все счастливые семьи похожи друг на друга\n" * 300_000  # longer than is held in memory
+        (self.folder / "in.txt").write_bytes(text.encode())
+        (self.folder / "tmp").mkdir()
+        here = {"TMPDIR": "tmp", "TMP": "tmp", "TEMP": "tmp"}
+        expected = text.encode("cp1251")
+        for arguments, stdin in (("-", text.encode()), ("in.txt", b""),
+                                 ("-o out.txt -", text.encode())):
+            with self.subTest(arguments=arguments):
+                result = self.zantrel("charset convert -f utf-8 -t windows-1251 " + arguments, stdin, here)
+                self.assertEqual(result.returncode, 0, result.stderr.decode())
+                written = self.folder / "out.txt"
+                self.assertTrue((written.read_bytes() if "-o" in arguments else result.stdout)
+                                == expected)
+        failed = self.zantrel("charset convert -f utf-8 -t windows-1251", text.encode() + b"\xFF", here)
+        self.assertEqual((failed.returncode, failed.stdout), (1, b""))
+        self.assertEqual(list((self.folder / "tmp").iterdir()), [])
+
+    def test_encodes_streams_longer_than_a_block(self):
+        content = bytes(range(256)) * 4001 + b"!"
+        for encoding, expected in (("base64", base64.b64encode), ("base32", base64.b32encode),
+                                   ("hex", lambda data: data.hex().upper().encode())):
+            with self.subTest(encoding=encoding):
+                result = self.zantrel(f"encode -e {encoding}", content)
+                self.assertTrue(result.stdout == expected(content) + b"\n")
 
     def test_lists_names_with_code_page_and_canonical_name(self):
         lines = self.zantrel("charset list").stdout.decode().splitlines()
