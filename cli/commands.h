@@ -40,5 +40,6 @@ void addGunzip(CLI::App& parent, Context& context);
 void addCompress(CLI::App& parent, Context& context);
 void addDecompress(CLI::App& parent, Context& context);
 void addUntargz(CLI::App& parent, Context& context);
+void addCompletion(CLI::App& app, Context& context);
 
 }  // namespace zantrel_cli

@@ -47,6 +47,7 @@ int main(int argc, char** argv) {
   zantrel_cli::addCompress(app, context);
   zantrel_cli::addDecompress(app, context);
   zantrel_cli::addUntargz(app, context);
+  zantrel_cli::addCompletion(app, context);
 
   try {
     std::reverse(arguments.begin(), arguments.end());

@@ -4,6 +4,9 @@
 Usage: cli_test.py COMMAND [ARGUMENT ...]    the command, perhaps behind an emulator
 """
 import base64
+import shutil
+import subprocess
+import unittest
 
 from command import CommandCase, main, run
 
@@ -158,6 +161,26 @@ class CommandTest(CommandCase):
             with self.subTest(encoding=encoding):
                 result = self.zantrel(f"encode -e {encoding}", content)
                 self.assertTrue(result.stdout == expected(content) + b"\n")
+
+    @unittest.skipUnless(shutil.which("bash"), "there is no bash")
+    def test_bash_completes_commands_options_and_their_values(self):
+        script = self.zantrel("completion bash").stdout.decode()
+        cases = {"zantrel cha": ["charset"],
+                 "zantrel charset con": ["convert"],
+                 "zantrel charset convert --on": ["--on-error"],
+                 "zantrel charset convert --on-error d": ["drop", "dec"],
+                 "zantrel --log encode -e base": ["base64", "base32"],
+                 "zantrel encode --encoding = u": ["url", "uu"],  # as bash takes --encoding=u apart
+                 "zantrel encode --no": ["--no-progress"],
+                 "zantrel encode charset": []}
+        for line, expected in cases.items():
+            with self.subTest(line=line):
+                words = line.split()
+                asked = (f"{script}\nCOMP_WORDS=({line})\nCOMP_CWORD={len(words) - 1}\n_zantrel\n"
+                         'printf "%s\\n" "${COMPREPLY[@]}"')
+                answer = subprocess.run(["bash", "-c", asked], capture_output=True, check=True)
+                self.assertEqual(answer.stdout.decode().split(), expected)
+                self.assertEqual(answer.stderr, b"")
 
     def test_lists_names_with_code_page_and_canonical_name(self):
         lines = self.zantrel("charset list").stdout.decode().splitlines()
