@@ -1,5 +1,6 @@
 // Encryption of a cached file beside its three parts apart: reading the file, ciphering as much in
-// memory, and writing as much. Nothing that does them one after the other can take less.
+// memory, and writing as much. Nothing that does them one after the other can take less. Real time
+// counts, since reading overlaps with the rest.
 
 #include <benchmark/benchmark.h>
 
@@ -123,8 +124,9 @@ const bool kRegistered = [] {
     const std::size_t chunks = fast ? 80 : 5;
     const std::size_t size = chunks * kChunk;
     const auto add = [&](const char* operation, const char* implementation, const auto& run) {
-      const std::string name = operation + ("/" + cipher) + "/" + implementation;
-      benchmark::RegisterBenchmark(name.c_str(), run);
+      std::string name = operation;
+      name.append("/").append(cipher).append("/").append(implementation);
+      benchmark::RegisterBenchmark(name.c_str(), run)->UseRealTime();
     };
     add("encrypt_file", "zantrel", [=](benchmark::State& s) {
       throughTheComponent(s, algorithm, size, &ClsCrypt::ZT_EncryptFile);

@@ -150,7 +150,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   configure(crypt, Input{all.substr(0, 200)});
   const std::string_view text = all.substr(std::min<std::size_t>(all.size(), 64));
   checkBytes(crypt, text, 1 + all.size() % 67);
-  checkCompression(crypt, text, static_cast<std::uint8_t>(all.size()));
+  // Making the compressors takes longer than all the rest.
+  if (all.size() % 8 == 0) checkCompression(crypt, text, static_cast<std::uint8_t>(all.size() / 8));
   checkTexts(crypt, text);
   return 0;
 }
