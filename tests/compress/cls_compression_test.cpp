@@ -128,7 +128,7 @@ TEST_P(EveryAlgorithm, StreamsPiecesOfAnySize) {
     expectLogged(compression_, "LZW begin/more/end not implemented yet.");
     return;
   }
-  for (const std::size_t piece : {1, 7, 1000, 100000}) {
+  for (const std::size_t piece : {1u, 7u, 1000u, 100000u}) {
     std::string packed, back;
     DataBuffer out;
     const auto take = [&](bool done, std::string& to) {
@@ -239,7 +239,7 @@ TEST(ClsCompressionTest, EncodedPiecesMakeOneTextThatMayBeCutAnywhere) {
   compression.put_Algorithm(XString("none"));  // pieces of every kind of byte
   for (const char* encoding : {"base64", "base32", "hex", "url", "qp", "uu", "ansi"}) {
     compression.put_EncodingMode(XString(std::string_view(encoding)));
-    for (const std::size_t piece : {1, 2, 3, 7, 1000}) {
+    for (const std::size_t piece : {1u, 2u, 3u, 7u, 1000u}) {
       SCOPED_TRACE(encoding + std::to_string(piece));
       XString out;
       std::string encoded;

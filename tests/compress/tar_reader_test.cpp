@@ -97,7 +97,7 @@ TEST(TarReaderTest, ReadsEveryKindOfHeader) {
       "0 s 0 sparse []\n"
       "S holes 2 sparse [SS]\n"
       "6 pipe 0 []\n";
-  for (const std::size_t piece : {1, 7, 511, 512, 513, 100000}) {
+  for (const std::size_t piece : {1u, 7u, 511u, 512u, 513u, 100000u}) {
     const Listing listing = list(archive + kTarEnd + "what follows is ignored", piece);
     EXPECT_TRUE(listing.ok) << listing.log;
     EXPECT_EQ(listing.text, expected) << piece;
