@@ -1,11 +1,11 @@
 #pragma once
 // Work from one file or stream to another: in blocks where both can be opened as files, otherwise
-// in memory.
+// as long_streams.h does it.
 
 #include <functional>
 
 #include "console.h"
-#include "session.h"
+#include "long_streams.h"
 
 namespace zantrel_cli {
 
@@ -21,8 +21,7 @@ inline bool runPiped(Streams& streams, const std::string& in, const std::string&
   const auto inPath = path(in, standardInputPath);
   const auto outPath = path(out, standardOutputPath);
   if (inPath && outPath) return onFiles(*inPath, *outPath);
-  Zantrel::Bytes from, to;
-  return streams.read(in, from) && inMemory(from, to) && streams.write(out, to);
+  return convertStreams(streams, in, out, {onFiles, inMemory});
 }
 
 }  // namespace zantrel_cli
