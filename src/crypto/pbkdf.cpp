@@ -3,9 +3,9 @@
 #include <algorithm>
 #include <bit>
 
+#include "core/byte_order.h"
 #include "core/data_buffer.h"
 #include "core/log_base.h"
-#include "crypto/byte_order.h"
 #include "crypto/hash.h"
 #include "crypto/hmac.h"
 
