@@ -21,7 +21,7 @@ struct Effort {
 
 constexpr Effort kEfforts[10] = {
     {},          {},           {16, 5, 0},   {24, 10, 0},   {48, 16, 0},
-    {96, 14, 1}, {258, 30, 1}, {258, 80, 1}, {258, 200, 2}, {258, 500, 2},
+    {96, 14, 1}, {258, 28, 1}, {258, 80, 1}, {258, 200, 2}, {258, 500, 2},
 };
 
 /// Roughly what a match spares, in quarters of a byte.
@@ -58,6 +58,12 @@ class ChainParser final : public Parser {
     if (sum >= kEnough)
       literalCost_ =
           static_cast<unsigned>((idealBits(counts.literal.data(), kEndOfBlock) / sum) >> 12);
+  }
+
+  /// How deep to look for something better than a match of this length: a long one is hard to beat.
+  unsigned depthBeyond(unsigned length) const noexcept {
+    constexpr unsigned kLong = 24;
+    return std::max(effort_.depth / (length < kLong ? 2 : 8), 1U);
   }
 
   /// Whether a match takes fewer bits than its literals would, about: its symbols take some bits
@@ -99,7 +105,7 @@ class ChainParser final : public Parser {
       const std::uint8_t* known = p + 1;
       if constexpr (LookAhead > 0) {
         while (match.length < effort_.nice) {
-          const Match next1 = search(known++, match.length - 1, effort_.depth / 2);
+          const Match next1 = search(known++, match.length - 1, depthBeyond(match.length));
           if (next1.length >= match.length && worth(next1) > worth(match) + 2) {
             writer.countLiteral(*p++);
             match = next1;
