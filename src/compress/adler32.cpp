@@ -10,14 +10,13 @@ namespace adler {
 
 namespace {
 
-using Kernel = void (*)(Sums&, const std::uint8_t*, std::size_t) noexcept;
-
-// All of `bytes` that are a multiple of `step`; the rest is left.
-void addAll(Kernel kernel, std::size_t step, Sums& sums, ByteSpan& bytes) noexcept {
-  while (bytes.size() >= step) {
+// All of `bytes` that are a multiple of Step; the rest is left.
+template <auto Kernel, std::size_t Step>
+void addAll(Sums& sums, ByteSpan& bytes) noexcept {
+  while (bytes.size() >= Step) {
     std::size_t count = std::min(bytes.size(), kMostAtOnce);
-    count -= count % step;
-    kernel(sums, bytes.data(), count);
+    count -= count % Step;
+    Kernel(sums, bytes.data(), count);
     sums.bytes %= kModulus;
     sums.sums %= kModulus;
     bytes = bytes.subspan(count);
@@ -49,16 +48,15 @@ void portable(Sums& sums, const std::uint8_t* bytes, std::size_t count) noexcept
 }  // namespace adler
 
 std::uint32_t Adler32::extend(std::uint32_t adler, ByteSpan bytes) noexcept {
-  // Any value may come from outside; remainders keep the sums from overflowing.
-  adler::Sums sums{(adler & 0xFFFF) % adler::kModulus, (adler >> 16) % adler::kModulus};
+  adler::Sums sums{adler & 0xFFFF, adler >> 16};
 #if defined(ZT_X86_64)
   if (cpuFeatures().avx512) {
-    adler::addAll(adler::avx512, adler::kStep, sums, bytes);
+    adler::addAll<adler::avx512, adler::kStep>(sums, bytes);
   } else if (cpuFeatures().avx2) {
-    adler::addAll(adler::avx2, adler::kStep, sums, bytes);
+    adler::addAll<adler::avx2, adler::kStep>(sums, bytes);
   }
 #endif
-  adler::addAll(adler::portable, 1, sums, bytes);
+  adler::addAll<adler::portable, 1>(sums, bytes);
   return sums.sums << 16 | sums.bytes;
 }
 

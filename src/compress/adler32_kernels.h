@@ -10,8 +10,11 @@
 namespace zantrel::adler {
 
 inline constexpr std::uint32_t kModulus = 65521;
-/// The sums of this many bytes, started from remainders, fit 32 bits.
-inline constexpr std::size_t kMostAtOnce = 5552;
+/// The sums of this many bytes fit 32 bits, even if they start from the greatest 16 bits.
+inline constexpr std::size_t kMostAtOnce = 5504;
+static_assert(std::uint64_t{255} * kMostAtOnce * (kMostAtOnce + 1) / 2 +
+                  65535 * (kMostAtOnce + 1) <=
+              0xFFFFFFFF);
 
 struct Sums {
   std::uint32_t bytes;  ///< the sum of the bytes

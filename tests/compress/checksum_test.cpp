@@ -98,9 +98,9 @@ TEST(ChecksumTest, EveryLengthAndAddressGivesTheSumByDefinition) {
 
 TEST(ChecksumTest, LongRunsOfTheGreatestByteDoNotOverflow) {
   const std::string bytes(200003, '\xFF');
-  const std::uint32_t greatest = 65520U << 16 | 65520U;
+  const std::uint32_t greatest = 0xFFFFFFFF;  // no checksum, but it may come from outside
   onEachPath([&] {
-    for (const std::size_t size : {5551U, 5552U, 5553U, 5568U, 11104U, 65536U, 200003U}) {
+    for (const std::size_t size : {5503U, 5504U, 5505U, 5552U, 11008U, 65536U, 200003U}) {
       const ByteSpan piece = asBytes(bytes).first(size);
       EXPECT_EQ(Adler32::extend(greatest, piece), slowAdler(greatest, piece)) << size;
       EXPECT_EQ(ZipCRC::getCRC(piece), slowCrc(0, piece)) << size;
