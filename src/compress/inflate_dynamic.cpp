@@ -30,9 +30,9 @@ DynamicHead::Result failed(InflateError& error, InflateError why) {
 DynamicHead::Result DynamicHead::read(BitReader& in, Tables& tables, InflateError& error) noexcept {
   if (part_ == Part::counts) {
     if (!in.need(14)) return Result::needInput;
-    literals_ = 257 + lowBits(in.bits, 5);
-    distances_ = 1 + lowBits(in.bits >> 5, 5);
-    codeLengths_ = 4 + lowBits(in.bits >> 10, 4);
+    literals_ = 257 + static_cast<std::size_t>(lowBits(in.bits, 5));
+    distances_ = 1 + static_cast<std::size_t>(lowBits(in.bits >> 5, 5));
+    codeLengths_ = 4 + static_cast<std::size_t>(lowBits(in.bits >> 10, 4));
     in.take(14);
     if (literals_ > kMaxLiterals || distances_ > kMaxDistances)
       return failed(error, InflateError::tooManyCodes);
@@ -62,7 +62,8 @@ DynamicHead::Result DynamicHead::readCodeLengths(BitReader& in, InflateError& er
   const std::size_t wanted = literals_ + distances_;
   while (read_ < wanted) {
     if (in.count < kLongest) in.fill();
-    const Entry entry = codeLengthTable_[lowBits(in.bits, kCodeLengthBits)];
+    const Entry entry =
+        codeLengthTable_[static_cast<std::size_t>(lowBits(in.bits, kCodeLengthBits))];
     if (bitsOf(entry) > in.count) return Result::needInput;
     const unsigned symbol = distanceOf(entry);
     const std::size_t extra = extraOf(in.bits, entry);
