@@ -2,9 +2,7 @@
 
 #include <algorithm>
 
-#include "compress/growing_output.h"
-#include "core/log_base.h"
-#include "frame/progress_monitor.h"
+#include "compress/stream_steps.h"
 
 namespace zantrel {
 
@@ -13,29 +11,16 @@ namespace {
 constexpr std::size_t kHeaderBytes = 2;
 constexpr std::size_t kCodeBytes = 4;  // the range coder's first, before any symbol
 constexpr std::size_t kStagingBytes = 32768;
-constexpr std::size_t kInputBlock = 65536;  // between two questions whether to go on
 
 bool aborted(ProgressMonitor* progress, std::size_t consumed, LogBase& log) {
-  bool abort = false;
-  if (progress != nullptr) progress->consume(static_cast<std::int64_t>(consumed), abort);
-  if (abort) log.logError("PPMd aborted by application");
-  return abort;
+  if (!wantsAbort(progress, consumed)) return false;
+  log.logError("PPMd aborted by application");
+  return true;
 }
 
 bool fail(LogBase& log, const char* reason) {
   log.logError(reason);
   return false;
-}
-
-// Calls `step` with pieces of the input until one fails.
-template <class Step>
-bool inBlocks(ByteSpan in, Step step) {
-  while (!in.empty()) {
-    const ByteSpan block = in.first(std::min(in.size(), kInputBlock));
-    in = in.subspan(block.size());
-    if (!step(block)) return false;
-  }
-  return true;
 }
 
 }  // namespace
@@ -95,8 +80,7 @@ bool PpmdEngine::moreCompress(ByteSpan in, DataBuffer& out, LogBase& log,
     const std::size_t consumed = block.size();
     while (!block.empty()) {
       const std::size_t written = compression_->encoder.encode(block, compression_->staging);
-      if (!appendDoubling(out, ByteSpan(compression_->staging).first(written)))
-        return fail(log, "There is not enough memory for the output.");
+      if (!appendOutput(out, ByteSpan(compression_->staging).first(written), log)) return false;
     }
     return !aborted(progress, consumed, log);
   });
@@ -107,9 +91,9 @@ bool PpmdEngine::moreCompress(ByteSpan in, DataBuffer& out, LogBase& log,
 bool PpmdEngine::endCompress(DataBuffer& out, LogBase& log, ProgressMonitor*) {
   if (compression_ == nullptr) return fail(log, "PPMd not initialized.");
   const std::size_t written = compression_->encoder.finish(compression_->staging);
-  const bool done = appendDoubling(out, ByteSpan(compression_->staging).first(written));
+  const bool done = appendOutput(out, ByteSpan(compression_->staging).first(written), log);
   compression_.reset();
-  return done || fail(log, "There is not enough memory for the output.");
+  return done;
 }
 
 bool PpmdEngine::beginDecompress(ByteSpan in, DataBuffer& out, LogBase& log,
@@ -177,7 +161,7 @@ bool PpmdEngine::decodeHeld(ByteSpan& held, DataBuffer& out, LogBase& log) {
 bool PpmdEngine::release(ByteSpan bytes, DataBuffer& out, LogBase& log) {
   decompression_->total += bytes.size();
   if (!withinLimit(decompression_->total, log)) return false;
-  return appendDoubling(out, bytes) || fail(log, "There is not enough memory for the output.");
+  return appendOutput(out, bytes, log);
 }
 
 bool PpmdEngine::endDecompress(DataBuffer& out, LogBase& log, ProgressMonitor*) {
