@@ -28,7 +28,7 @@ std::string sample() {
   std::mt19937 random(7);
   std::string text;
   while (text.size() < kBytes) {
-    const unsigned rank = (random() % 200) * (random() % 200);
+    const auto rank = (random() % 200) * (random() % 200);
     text += "w" + std::to_string(rank * 7919) + (random() % 12 ? " " : ".\n");
     if (random() % 100 == 0) text += std::to_string(random()) + ";" + std::to_string(random());
   }
