@@ -201,9 +201,11 @@ class LenientDecoder {
       if (count_ >= kStaged) packFullBlocks();
     }
     packFullBlocks();
-    // Of an incomplete group only the whole bytes count.
+    // Of an incomplete group only the whole bytes count; what stands behind its values would add to
+    // them.
     const std::size_t rest = count_ / 4 * 3 + (count_ % 4 == 0 ? 0 : count_ % 4 - 1);
-    _mm512_mask_storeu_epi8(out_, lowBits(rest), pack(load(staged_), load(kGather512.data())));
+    _mm512_mask_storeu_epi8(out_, lowBits(rest),
+                            pack(loadSome(staged_, count_), load(kGather512.data())));
     return out_ + rest;
   }
 
