@@ -60,7 +60,9 @@ bool TarUnpacker::makeTarget() {
     const std::string part = folder_.substr(0, at);
     const FileKind kind = fileKind(part);
     if (kind != FileKind::None) continue;
-    if (const OsError error = makeFolder(part)) {
+    // What stands above may be a drive, or hidden from us; the target itself must come about.
+    const OsError error = makeFolder(part);
+    if (error != 0 && at == folder_.size()) {
       return refuse("A folder cannot be made.", part, error);
     }
   }

@@ -188,12 +188,14 @@ bool ClsCrypt::cryptFile(MethodCall& call, CipherDirection direction, const XStr
   call.log().logDataStr("inputFile", inPath);
   call.log().logDataStr("outputFile", outPath);
   return withCryptChoice(call, [&](const CryptChoice& choice) {
-    FileDataSource in;
     FileDataSink out;
-    if (!in.open(inPath.getUtf8(), call.log()) || !out.open(outPath.getUtf8(), call.log()) ||
-        !cryptSource(choice, direction, in, out, call.startProgress(in.size()), call.log()) ||
-        !out.commit(call.log()))
-      return false;
+    const auto cryptAll = [&] {
+      FileDataSource in;
+      return in.open(inPath.getUtf8(), call.log()) && out.open(outPath.getUtf8(), call.log()) &&
+             cryptSource(choice, direction, in, out, call.startProgress(in.size()), call.log());
+    };
+    // The input is closed by now: a file that is open cannot be replaced everywhere.
+    if (!cryptAll() || !out.commit(call.log())) return false;
     lastAlgorithm_ = lastAlgorithmName(choice.algorithm.id);
     logWeakSettings(choice, direction, call.log());
     return true;

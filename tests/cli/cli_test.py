@@ -140,7 +140,7 @@ class CommandTest(CommandCase):
         text = "Все счастливые семьи похожи друг на друга\n" * 300_000  # longer than is held in memory
         (self.folder / "in.txt").write_bytes(text.encode())
         (self.folder / "tmp").mkdir()
-        here = {"TMPDIR": "tmp", "TMP": "tmp", "TEMP": "tmp"}
+        here = {"TMPDIR": str(self.folder / "tmp"), "TMP": "tmp", "TEMP": "tmp"}
         expected = text.encode("cp1251")
         for arguments, stdin in (("-", text.encode()), ("in.txt", b""),
                                  ("-o out.txt -", text.encode())):
