@@ -66,12 +66,14 @@ TEST_F(TarUnpackerTest, UnpacksFilesFoldersAndLinks) {
       << "see the names above";
   EXPECT_EQ(content("top.txt"), "top");
   EXPECT_EQ(content("a/same"), "top");
-  EXPECT_EQ(fs::hard_link_count(folder_ / "out/top.txt"), 2u);
   std::int64_t seconds = 0;
   EXPECT_EQ(fileTime(folder_ / "out/top.txt", seconds), 0u);
   EXPECT_EQ(seconds, 1000000000);
+#if !defined(_WIN32)  // where the standard library neither counts links nor sets folders' times
+  EXPECT_EQ(fs::hard_link_count(folder_ / "out/top.txt"), 2u);
   EXPECT_EQ(fileTime(folder_ / "out/a", seconds), 0u);
   EXPECT_EQ(seconds, 12345);
+#endif
 }
 
 TEST_F(TarUnpackerTest, ReplacesWhatAnEarlierUnpackingLeft) {
