@@ -24,6 +24,7 @@ OsError makeHardLink(const std::string& utf8Existing, const std::string& utf8Pat
 
 /// Time of the last change of a file's content, in seconds since 1970-01-01 UTC.
 OsError fileTime(const std::string& utf8Path, std::int64_t& seconds);
+/// On Windows folders keep their times, and there are none before 1970.
 OsError setFileTime(const std::string& utf8Path, std::int64_t seconds);
 /// Sets permissions by the nine bits of POSIX, less what the process withholds from new files. On
 /// Windows only the owner's right to write counts.
