@@ -11,6 +11,7 @@
 #include "core/encode/html_entities.h"
 #include "core/encode/url_encode.h"
 #include "core/log_null.h"
+#include "core/transform_file.h"
 
 namespace zantrel {
 namespace {
@@ -125,10 +126,8 @@ template <class Convert>
 bool ClsCharset::convertFile(MethodCall& call, const XString& inPath, const XString& outPath,
                              Convert convert) {
   Conversion conversion(settings_, call.log(), call.startProgress(0));
-  FileDataSource in;
-  FileDataSink out;
-  return in.open(inPath.getUtf8(), call.log()) && out.open(outPath.getUtf8(), call.log()) &&
-         convert(conversion, in, out) && out.commit(call.log());
+  return transformFile(inPath, outPath, call.log(),
+                       [&](DataSource& in, DataSink& out) { return convert(conversion, in, out); });
 }
 
 bool ClsCharset::ConvertData(const DataBuffer& in, DataBuffer& out, ProgressEvent* progress) {

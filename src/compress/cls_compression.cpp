@@ -3,8 +3,7 @@
 #include <algorithm>
 
 #include "core/charset/charset_request.h"
-#include "core/data_sink.h"
-#include "core/data_source.h"
+#include "core/transform_file.h"
 #include "frame/text_to_charset.h"
 
 namespace zantrel {
@@ -77,6 +76,14 @@ bool ClsCompression::decompress(MethodCall& call, ByteSpan in, DataBuffer& out) 
   return front(call).decompress(in, out, call.log(), &progress);
 }
 
+template <class Work>
+bool ClsCompression::file(MethodCall& call, const XString& inPath, const XString& outPath,
+                          const Work& work) {
+  return transformFile(inPath, outPath, call.log(), [&](DataSource& in, DataSink& out) {
+    return work(in, out, call.startProgress(std::max<std::int64_t>(in.size(), 0)));
+  });
+}
+
 // Compression
 
 bool ClsCompression::CompressBytes(const DataBuffer& in, DataBuffer& out, ProgressEvent* progress) {
@@ -109,13 +116,9 @@ bool ClsCompression::CompressStringENC(const XString& in, XString& out, Progress
 bool ClsCompression::CompressFile(const XString& inPath, const XString& outPath,
                                   ProgressEvent* progress) {
   return call("CompressFile", progress, [&](MethodCall& c) {
-    FileDataSource in;
-    FileDataSink out;
-    if (!in.open(inPath.getUtf8(), c.log()) || !out.open(outPath.getUtf8(), c.log())) return false;
-    ProgressMonitor& monitor = c.startProgress(std::max<std::int64_t>(in.size(), 0));
-    if (!front(c).compress(in, out, c.log(), &monitor) || !out.commit(c.log())) return false;
-    monitor.end();
-    return true;
+    return file(c, inPath, outPath, [&](DataSource& in, DataSink& out, ProgressMonitor& monitor) {
+      return front(c).compress(in, out, c.log(), &monitor);
+    });
   });
 }
 
@@ -154,13 +157,9 @@ bool ClsCompression::DecompressStringENC(const XString& in, XString& out, Progre
 bool ClsCompression::DecompressFile(const XString& inPath, const XString& outPath,
                                     ProgressEvent* progress) {
   return call("DecompressFile", progress, [&](MethodCall& c) {
-    FileDataSource in;
-    FileDataSink out;
-    if (!in.open(inPath.getUtf8(), c.log()) || !out.open(outPath.getUtf8(), c.log())) return false;
-    ProgressMonitor& monitor = c.startProgress(std::max<std::int64_t>(in.size(), 0));
-    if (!front(c).decompress(in, out, c.log(), &monitor) || !out.commit(c.log())) return false;
-    monitor.end();
-    return true;
+    return file(c, inPath, outPath, [&](DataSource& in, DataSink& out, ProgressMonitor& monitor) {
+      return front(c).decompress(in, out, c.log(), &monitor);
+    });
   });
 }
 

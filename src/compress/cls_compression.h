@@ -74,6 +74,8 @@ class ClsCompression final : public Component, public ClsEncode, public ZantrelC
   ZantrelCompress& front(MethodCall& call);
   bool compress(MethodCall& call, ByteSpan in, DataBuffer& out);
   bool decompress(MethodCall& call, ByteSpan in, DataBuffer& out);
+  template <class Work>
+  bool file(MethodCall& call, const XString& inPath, const XString& outPath, const Work& work);
   bool toCharset(MethodCall& call, const XString& text, bool isStart, DataBuffer& out);
   bool encoded(MethodCall& call, const DataBuffer& bytes, XString& out);
 
@@ -98,10 +100,7 @@ class ClsCompression final : public Component, public ClsEncode, public ZantrelC
 template <class Out, class Body>
 bool ClsCompression::run(const char* name, ProgressEvent* progress, Out& out, const Body& body) {
   return call(name, progress, [&](MethodCall& c) {
-    if (body(c)) {
-      if (c.progress() != nullptr) c.progress()->end();
-      return true;
-    }
+    if (body(c)) return true;
     out.clear();
     return false;
   });

@@ -8,9 +8,8 @@
 #include "compress/gzip_writer.h"
 #include "core/calendar.h"
 #include "core/charset/charset_request.h"
-#include "core/data_sink.h"
-#include "core/data_source.h"
 #include "core/encode/cls_encode.h"
+#include "core/transform_file.h"
 #include "frame/text_to_charset.h"
 #include "platform/file_tree.h"
 #include "platform/local_time.h"
@@ -59,28 +58,23 @@ bool ClsGzip::fillHeader(MethodCall& call, const XString* inPath, const XString&
 bool ClsGzip::compress(MethodCall& call, const GzipHeader& header, DataSource& in, DataSink& out) {
   deflate_.setLevel(settings_.deflateLevel);
   ProgressMonitor& progress = call.startProgress(std::max<std::int64_t>(in.size(), 0));
-  if (!writeGzip(header, deflate_, in, out, call.log(), &progress) || !out.commit(call.log())) {
-    return false;
-  }
-  progress.end();
-  return true;
+  return writeGzip(header, deflate_, in, out, call.log(), &progress);
 }
 
 bool ClsGzip::compressMemory(MethodCall& call, ByteSpan in, DataSink& out) {
   GzipHeader header;
   MemoryDataSource source(in);
   return fillHeader(call, nullptr, settings_.filename, header) &&
-         compress(call, header, source, out);
+         compress(call, header, source, out) && out.commit(call.log());
 }
 
 bool ClsGzip::compressFile(const char* method, const XString& inPath, const XString& name,
                            const XString& outPath, ProgressEvent* progress) {
   return call(method, progress, [&](MethodCall& c) {
-    GzipHeader header;
-    FileDataSource in;
-    FileDataSink out;
-    return in.open(inPath.getUtf8(), c.log()) && fillHeader(c, &inPath, name, header) &&
-           out.open(outPath.getUtf8(), c.log()) && compress(c, header, in, out);
+    return transformFile(inPath, outPath, c.log(), [&](DataSource& in, DataSink& out) {
+      GzipHeader header;
+      return fillHeader(c, &inPath, name, header) && compress(c, header, in, out);
+    });
   });
 }
 
@@ -100,7 +94,7 @@ bool ClsGzip::CompressFileToMem(const XString& inPath, DataBuffer& out, Progress
     BufferDataSink sink(out);
     const bool done = in.open(inPath.getUtf8(), c.log()) &&
                       fillHeader(c, &inPath, settings_.filename, header) &&
-                      compress(c, header, in, sink);
+                      compress(c, header, in, sink) && sink.commit(c.log());
     if (!done) out.clear();
     return done;
   });

@@ -10,9 +10,8 @@
 #include "compress/xfdl.h"
 #include "core/charset/code_page.h"
 #include "core/charset/encoding_convert.h"
-#include "core/data_sink.h"
-#include "core/data_source.h"
 #include "core/encode/cls_encode.h"
+#include "core/transform_file.h"
 #include "platform/local_time.h"
 
 namespace zantrel {
@@ -47,23 +46,19 @@ bool ClsGzip::expand(MethodCall& call, DataSource& in, DataSink& out) {
   ProgressMonitor& progress = call.startProgress(std::max<std::int64_t>(in.size(), 0));
   GzipReader reader(in, call.log(), &progress);
   setUp(call, reader);
-  if (!reader.decompress(out) || !out.commit(call.log())) return false;
-  progress.end();
-  return true;
+  return reader.decompress(out);
 }
 
 bool ClsGzip::expandFile(MethodCall& call, const XString& inPath, DataSink& out) {
   FileDataSource in;
-  return in.open(inPath.getUtf8(), call.log()) && expand(call, in, out);
+  return in.open(inPath.getUtf8(), call.log()) && expand(call, in, out) && out.commit(call.log());
 }
 
 bool ClsGzip::UncompressFile(const XString& inPath, const XString& outPath,
                              ProgressEvent* progress) {
   return call("UncompressFile", progress, [&](MethodCall& c) {
-    FileDataSource in;
-    FileDataSink out;
-    return in.open(inPath.getUtf8(), c.log()) && out.open(outPath.getUtf8(), c.log()) &&
-           expand(c, in, out);
+    return transformFile(inPath, outPath, c.log(),
+                         [&](DataSource& in, DataSink& out) { return expand(c, in, out); });
   });
 }
 
@@ -89,7 +84,7 @@ bool ClsGzip::UncompressMemory(const DataBuffer& in, DataBuffer& out, ProgressEv
   return call("UncompressMemory", progress, [&](MethodCall& c) {
     MemoryDataSource source(in.bytes());
     BufferDataSink sink(out);
-    const bool done = expand(c, source, sink);
+    const bool done = expand(c, source, sink) && sink.commit(c.log());
     if (!done) out.clear();
     return done;
   });
@@ -100,7 +95,7 @@ bool ClsGzip::UncompressMemToFile(const DataBuffer& in, const XString& outPath,
   return call("UncompressMemToFile", progress, [&](MethodCall& c) {
     MemoryDataSource source(in.bytes());
     FileDataSink out;
-    return out.open(outPath.getUtf8(), c.log()) && expand(c, source, out);
+    return out.open(outPath.getUtf8(), c.log()) && expand(c, source, out) && out.commit(c.log());
   });
 }
 
@@ -110,7 +105,8 @@ bool ClsGzip::UncompressString(const DataBuffer& in, const XString& charset, XSt
     MemoryDataSource source(in.bytes());
     DataBuffer bytes;
     BufferDataSink sink(bytes);
-    return expand(c, source, sink) && textOfBytes(bytes.bytes(), charset.utf8(), out, c.log());
+    return expand(c, source, sink) && sink.commit(c.log()) &&
+           textOfBytes(bytes.bytes(), charset.utf8(), out, c.log());
   });
 }
 
@@ -141,7 +137,6 @@ bool ClsGzip::examine(MethodCall& call, DataSource& in) {
   localLastMod_ = header.modified != 0 ? localFromSeconds(header.modified) : SystemTime();
   localLastMod_.dayOfWeek = 0;
   if (!whole) return false;
-  progress.end();
   progress.progressInfo64("numMembers", reader.memberCount());
   progress.progressInfo64("uncompressedSize", static_cast<std::int64_t>(reader.totalSize()));
   call.log().logData64("numMembers", reader.memberCount());
@@ -175,9 +170,7 @@ bool ClsGzip::UnTarGz(const XString& inPath, const XString& outFolder, ProgressE
         unpacker.makeTarget() && reader.decompress(archive) && archive.finish(c.log());
     const bool unpacked = unpacker.finish();
     c.log().logData64("numEntries", unpacker.entryCount());
-    if (!read || !unpacked) return false;
-    monitor.end();
-    return true;
+    return read && unpacked;
   });
 }
 
@@ -192,7 +185,7 @@ bool ClsGzip::XfdlToXml(const XString& xfdl, XString& out) {
     }
     MemoryDataSource source(gzip.bytes());
     BufferDataSink sink(xml);
-    if (!expand(c, source, sink)) return false;
+    if (!expand(c, source, sink) || !sink.commit(c.log())) return false;
     StringBuffer charset;
     xml.getXmlCharset(charset);
     return textOfBytes(xml.bytes(), charset.view(), out, c.log());

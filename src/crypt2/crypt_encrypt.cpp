@@ -2,8 +2,7 @@
 
 #include <algorithm>
 
-#include "core/data_sink.h"
-#include "core/data_source.h"
+#include "core/transform_file.h"
 #include "crypt2/cls_crypt.h"
 #include "crypt2/crypt_file.h"
 
@@ -188,14 +187,10 @@ bool ClsCrypt::cryptFile(MethodCall& call, CipherDirection direction, const XStr
   call.log().logDataStr("inputFile", inPath);
   call.log().logDataStr("outputFile", outPath);
   return withCryptChoice(call, [&](const CryptChoice& choice) {
-    FileDataSink out;
-    const auto cryptAll = [&] {
-      FileDataSource in;
-      return in.open(inPath.getUtf8(), call.log()) && out.open(outPath.getUtf8(), call.log()) &&
-             cryptSource(choice, direction, in, out, call.startProgress(in.size()), call.log());
+    const auto cryptAll = [&](DataSource& in, DataSink& out) {
+      return cryptSource(choice, direction, in, out, call.startProgress(in.size()), call.log());
     };
-    // The input is closed by now: a file that is open cannot be replaced everywhere.
-    if (!cryptAll() || !out.commit(call.log())) return false;
+    if (!transformFile(inPath, outPath, call.log(), cryptAll)) return false;
     lastAlgorithm_ = lastAlgorithmName(choice.algorithm.id);
     logWeakSettings(choice, direction, call.log());
     return true;

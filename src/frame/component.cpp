@@ -44,7 +44,9 @@ void MethodCall::finish(bool success) {
   if (finished_) return;
   finished_ = true;
   if (keepsLog_) return;
-  component_.lastMethodSuccess_ = component_.logResult(success_.value_or(success));
+  const bool succeeded = success_.value_or(success);
+  if (succeeded && progress_ != nullptr) progress_->end();
+  component_.lastMethodSuccess_ = component_.logResult(succeeded);
 }
 
 void Component::reportException(const char* method, std::string_view what) {

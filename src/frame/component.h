@@ -86,7 +86,8 @@ class MethodCall {
   bool verbose() const { return component_.common_.verboseLogging; }
   std::uint32_t heartbeatMs() const { return component_.common_.heartbeatMs; }
 
-  /// Makes the operation's monitor over the caller's sink, paced by the component's heartbeat.
+  /// Makes the operation's monitor over the caller's sink, paced by the component's heartbeat. It
+  /// ends with the method if that succeeds.
   ProgressMonitor& startProgress(std::int64_t total);
   /// The monitor; null before startProgress().
   ProgressMonitor* progress() { return progress_.get(); }

@@ -115,6 +115,12 @@ TEST_P(EveryAlgorithm, GivesBackBytesTextsAndFiles) {
         compression_.DecompressFile(XString(folder / "packed"), XString(folder / "out"), nullptr))
         << logOf(compression_);
     EXPECT_TRUE(readFile(folder / "out") == text);
+
+    const XString same(folder / "out");
+    ASSERT_TRUE(compression_.CompressFile(same, same, nullptr)) << logOf(compression_);
+    EXPECT_TRUE(readFile(folder / "out") == readFile(folder / "packed"));
+    ASSERT_TRUE(compression_.DecompressFile(same, same, nullptr)) << logOf(compression_);
+    EXPECT_TRUE(readFile(folder / "out") == text);
   }
 }
 

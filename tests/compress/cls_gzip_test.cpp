@@ -149,6 +149,10 @@ TEST(ClsGzipTest, GoesFromEachOfMemoryFileAndStringToEach) {
   ASSERT_TRUE(gzip.ExamineFile(packed, nullptr));
   EXPECT_STREQ(gzip.settings().filename.getUtf8(), "inner");
 
+  ASSERT_TRUE(gzip.CompressFile(out, out, nullptr)) << logOf(gzip);
+  ASSERT_TRUE(gzip.UncompressFile(out, out, nullptr)) << logOf(gzip);
+  EXPECT_TRUE(readFile(folder / "out") == text);
+
   ASSERT_TRUE(gzip.CompressFileToMem(in, memory, nullptr));
   ASSERT_TRUE(gzip.UncompressMemToFile(memory, out, nullptr));
   EXPECT_TRUE(readFile(folder / "out") == text);

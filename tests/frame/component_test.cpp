@@ -117,7 +117,9 @@ TEST(CallFrameTest, ListedMembersLeaveLogAndSuccessAlone) {
 class CallingBack final : public ProgressEvent {
  public:
   explicit CallingBack(Probe& probe) : probe_(probe) {}
-  void PercentDone(std::uint32_t, bool&) override { probe_.Succeed(true); }
+  void PercentDone(std::uint32_t percent, bool&) override {
+    if (percent == 50) probe_.Succeed(true);
+  }
 
  private:
   Probe& probe_;
@@ -137,14 +139,31 @@ TEST(CallFrameTest, ACallFromAnEventHandlerNestsInTheRunningLog) {
 
 class Aborting final : public ProgressEvent {
  public:
-  void PercentDone(std::uint32_t percent, bool& abort) override { abort = percent == 50; }
+  explicit Aborting(std::uint32_t at) : at_(at) {}
+  void PercentDone(std::uint32_t percent, bool& abort) override {
+    last = percent;
+    abort = percent == at_;
+  }
+
+  std::uint32_t last = 0;
+
+ private:
+  std::uint32_t at_;
 };
 
 TEST(CallFrameTest, TheSinksAbortReachesTheBody) {
   Probe probe;
-  Aborting sink;
+  Aborting sink(50);
   EXPECT_FALSE(probe.Long(&sink));
+  EXPECT_EQ(sink.last, 50u);
   EXPECT_TRUE(probe.Long(nullptr));
+}
+
+TEST(CallFrameTest, ASuccessfulMethodIsDoneToTheLastPercent) {
+  Probe probe;
+  Aborting sink(100);
+  EXPECT_TRUE(probe.Long(&sink)) << "too late to stop it";
+  EXPECT_EQ(sink.last, 100u);
 }
 
 TEST(CallFrameTest, AnExceptionClosesTheCallAndTheNextStartsAfresh) {

@@ -2,6 +2,8 @@
 
 #include <time.h>
 
+#include "platform/posix/system_time.h"
+
 namespace zantrel {
 
 std::int64_t secondsFromLocal(const SystemTime& local) {
@@ -20,15 +22,7 @@ SystemTime localFromSeconds(std::int64_t seconds) {
   const auto value = static_cast<time_t>(seconds);
   tm fields{};
   if (localtime_r(&value, &fields) == nullptr) return {};
-  SystemTime time;
-  time.year = static_cast<std::uint16_t>(fields.tm_year + 1900);
-  time.month = static_cast<std::uint16_t>(fields.tm_mon + 1);
-  time.dayOfWeek = static_cast<std::uint16_t>(fields.tm_wday);
-  time.day = static_cast<std::uint16_t>(fields.tm_mday);
-  time.hour = static_cast<std::uint16_t>(fields.tm_hour);
-  time.minute = static_cast<std::uint16_t>(fields.tm_min);
-  time.second = static_cast<std::uint16_t>(fields.tm_sec);
-  return time;
+  return fromTm(fields, 0);
 }
 
 }  // namespace zantrel
