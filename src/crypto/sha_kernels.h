@@ -1,6 +1,6 @@
 #pragma once
-// Block functions of the SHA family for single instruction sets; sha1.cpp, sha256.cpp and
-// sha512.cpp choose among them. Each absorbs `count` blocks into a state of 5 or 8 words.
+// Block functions of the SHA family for single instruction sets; sha1.cpp and sha2.cpp choose among
+// them. Each absorbs `count` blocks into a state of 5 or 8 words.
 
 #include <cstddef>
 #include <cstdint>
