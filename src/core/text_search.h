@@ -22,6 +22,8 @@ class TextSearcher {
 
   /// Where the needle first stands at or behind `from`, or npos. An empty needle is never found.
   std::size_t find(std::string_view text, std::size_t from = 0) const noexcept;
+  /// Of the needle.
+  std::size_t size() const noexcept { return needle_.size(); }
 
  private:
   bool same(char a, char b) const noexcept {
