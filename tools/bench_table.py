@@ -4,7 +4,8 @@
 A benchmark is named operation[/variant...]/size/implementation, as base64_encode/64K/openssl. The
 implementation `zantrel` is ours, `facade` is ours through the public classes, `zantrel_<path>` is ours
 on another code path (a row of its own); every other one is a peer. A size is a number with K or M;
-it may be missing. A counter `peak_bytes` is shown as peak memory. Of repetitions the median counts.
+it may be missing. A counter `peak_bytes` is shown as peak memory, `bytes_per_element` beside that of
+the most frugal peer. Of repetitions the median counts.
 """
 
 import json
@@ -15,7 +16,8 @@ from collections import defaultdict
 SIZE = re.compile(r"^(\d+)([KM]?)B?$")
 SUFFIX = re.compile(r"^(real_time|process_time|manual_time|\w+:[\d.]+)$")
 TO_NS = {"ns": 1, "us": 1e3, "ms": 1e6, "s": 1e9}
-HEADINGS = ("operation", "size", "ours", "facade", "best peer", "", "ratio", "peak memory")
+HEADINGS = ("operation", "size", "ours", "facade", "best peer", "", "ratio", "peak memory",
+            "bytes an element")
 
 
 def split_name(name):
@@ -44,6 +46,7 @@ class Measure:
         self.speed = run.get("bytes_per_second", 0) / 1e6
         self.ns = run["cpu_time"] * TO_NS[run.get("time_unit", "ns")]
         self.peak = run.get("peak_bytes")
+        self.element = run.get("bytes_per_element")
 
     def ratio_to(self, peer):
         if self.speed and peer.speed:
@@ -72,6 +75,14 @@ def read_runs(documents):
     return rows
 
 
+def element_bytes(measure, peers):
+    """Ours, and the least of the peers."""
+    if not measure or not measure.element:
+        return ""
+    least = min(((peer.element, name) for name, peer in peers.items() if peer.element), default=None)
+    return f"{measure.element:.0f}" + (f" ({least[1]} {least[0]:.0f})" if least else "")
+
+
 def table_rows(runs):
     for operation, size in sorted(runs, key=lambda key: (key[0], bytes_of(key[1]))):
         found = dict(runs[operation, size])
@@ -88,7 +99,8 @@ def table_rows(runs):
                    str(facade or "") if not path else "",
                    str(peers[best]) if best else "", best or "",
                    f"{measure.ratio_to(peers[best]):.2f}" if measure and best else "",
-                   f"{peak / 1e6:.1f} MB" if peak else "")
+                   f"{peak / 1e6:.1f} MB" if peak else "",
+                   element_bytes(measure, peers))
 
 
 def format_table(rows):

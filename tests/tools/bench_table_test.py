@@ -33,11 +33,17 @@ class BenchTableTest(unittest.TestCase):
     def test_compares_with_the_fastest_peer(self):
         row, = rows(run("x/1K/zantrel", 9e9), run("x/1K/icu", 2e9), run("x/1K/iconv", 3e9),
                     run("x/1K/facade", 8e9))
-        self.assertEqual(row, ("x", "1K", "9000 MB/s", "8000 MB/s", "3000 MB/s", "iconv", "3.00", ""))
+        self.assertEqual(row, ("x", "1K", "9000 MB/s", "8000 MB/s", "3000 MB/s", "iconv", "3.00", "",
+                               ""))
 
     def test_compares_times_where_no_bytes_are_counted(self):
         row, = rows(run("x/zantrel", ns=50.0), run("x/glib", ns=100.0))
         self.assertEqual(row[2:7], ("50 ns", "", "100 ns", "glib", "2.00"))
+
+    def test_compares_memory_with_the_most_frugal_peer(self):
+        row, = rows(run("x/zantrel", 1, bytes_per_element=70), run("x/fast", 2, bytes_per_element=99),
+                    run("x/small", 1, bytes_per_element=80), run("x/without", 9))
+        self.assertEqual(row[-1], "70 (small 80)")
 
     def test_gives_other_code_paths_a_row(self):
         found = rows(run("x/1K/zantrel", 4e6), run("x/1K/zantrel_portable", 2e6), run("x/1K/p", 1e6))
