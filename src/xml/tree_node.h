@@ -58,8 +58,11 @@ class TreeNode final {
   /// Exchanges tag, content, attributes and children with a node of the same store that is neither
   /// above nor below this one.
   void swapContent(TreeNode& other);
-  /// The children themselves, to be reordered.
+  /// The children themselves, to be reordered; noteOrder() then tells them their places.
   TreeNode** children() { return children_; }
+  void noteOrder() {
+    for (std::uint32_t i = 0; i < childCount_; ++i) children_[i]->index_ = i;
+  }
 
   // For the parser: parts that live as long as the arena of the node.
   void borrowTag(const char* text, std::size_t size) {
