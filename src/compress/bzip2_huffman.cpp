@@ -2,69 +2,11 @@
 
 #include <algorithm>
 
+#include "compress/code_lengths.h"
+
 namespace zantrel {
 
-namespace {
-
 using namespace bzip2;
-
-using LengthCounts = std::array<std::uint32_t, kMaxAlphabet + 1>;
-
-// Depths of the leaves of a Huffman tree over weights in rising order, in place (A. Moffat and
-// J. Katajainen, "In-place calculation of minimum-redundancy codes", 1995).
-void weightsToDepths(std::span<std::uint32_t> a) noexcept {
-  const std::size_t n = a.size();
-  // Join the two lightest trees, leaves or inner nodes, until one is left; keep parents.
-  std::size_t leaf = 0;
-  std::size_t root = 0;
-  for (std::size_t next = 0; next + 1 < n; ++next) {
-    const auto lightest = [&](bool& isNode) {
-      isNode = leaf >= n || (root < next && a[root] < a[leaf]);
-      return isNode ? root++ : leaf++;
-    };
-    bool isNode = false;
-    const std::size_t first = lightest(isNode);
-    const std::uint32_t firstWeight = a[first];
-    if (isNode) a[first] = static_cast<std::uint32_t>(next);
-    const std::size_t second = lightest(isNode);
-    const std::uint32_t secondWeight = a[second];
-    if (isNode) a[second] = static_cast<std::uint32_t>(next);
-    a[next] = firstWeight + secondWeight;
-  }
-  // Parents to depths of inner nodes.
-  a[n - 2] = 0;
-  for (std::size_t i = n - 2; i-- > 0;) a[i] = a[a[i]] + 1;
-  // Depths of inner nodes to depths of leaves: what inner nodes leave free on a level is leaves.
-  std::size_t node = n - 1;  // inner nodes not yet counted
-  std::size_t next = n;
-  std::size_t available = 1;
-  for (std::uint32_t depth = 0; available > 0; ++depth) {
-    std::size_t used = 0;
-    for (; node > 0 && a[node - 1] == depth; --node) ++used;
-    for (; available > used; --available) a[--next] = depth;
-    available = 2 * used;
-  }
-}
-
-// Shortens codes that are too long and lengthens the cheapest others until the code fits again.
-void limitLengths(LengthCounts& counts, unsigned maxLength) noexcept {
-  for (std::size_t length = maxLength + 1; length < counts.size(); ++length) {
-    counts[maxLength] += counts[length];
-    counts[length] = 0;
-  }
-  std::uint64_t space = 0;  // in codes of the greatest length
-  for (unsigned length = 1; length <= maxLength; ++length)
-    space += std::uint64_t{counts[length]} << (maxLength - length);
-  for (; space > std::uint64_t{1} << maxLength; --space) {
-    unsigned length = maxLength - 1;
-    while (counts[length] == 0) --length;
-    --counts[length];
-    counts[length + 1] += 2;  // the lengthened code, and one that was too long as its neighbour
-    --counts[maxLength];
-  }
-}
-
-}  // namespace
 
 void bzip2CodeLengths(std::span<const std::uint32_t> frequencies, unsigned maxLength,
                       std::uint8_t* lengths) {
@@ -73,13 +15,10 @@ void bzip2CodeLengths(std::span<const std::uint32_t> frequencies, unsigned maxLe
   for (std::size_t i = 0; i < n; ++i)
     order[i] = std::uint64_t{std::max(frequencies[i], 1U)} << 16 | i;
   std::sort(order.begin(), order.begin() + static_cast<std::ptrdiff_t>(n));
-  std::array<std::uint32_t, kMaxAlphabet> depths;
-  for (std::size_t i = 0; i < n; ++i) depths[i] = static_cast<std::uint32_t>(order[i] >> 16);
-  weightsToDepths({depths.data(), n});
-
-  LengthCounts counts{};
-  for (std::size_t i = 0; i < n; ++i) ++counts[depths[i]];
-  limitLengths(counts, maxLength);
+  std::array<std::uint32_t, kMaxAlphabet> weights;
+  for (std::size_t i = 0; i < n; ++i) weights[i] = static_cast<std::uint32_t>(order[i] >> 16);
+  std::array<std::uint32_t, kMaxCodeLength + 1> counts{};
+  countCodeLengths({weights.data(), n}, std::span(counts).first(maxLength + 1));
   unsigned length = maxLength;
   for (std::size_t i = 0; i < n; ++i) {
     while (counts[length] == 0) --length;

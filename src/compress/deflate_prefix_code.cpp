@@ -1,8 +1,3 @@
-// Lengths come from the two-queue form of Huffman's algorithm on sorted frequencies, in place
-// (Moffat and Katajainen, "In-place calculation of minimum-redundancy codes", 1995). Codes that
-// grew too long are cut and shorter ones lengthened until the set is complete again, which costs
-// next to nothing, as it happens to the rarest symbols only.
-
 #include "compress/deflate_prefix_code.h"
 
 #include <algorithm>
@@ -10,6 +5,7 @@
 #include <cstddef>
 #include <utility>
 
+#include "compress/code_lengths.h"
 #include "compress/deflate_format.h"
 
 namespace zantrel::zee {
@@ -35,12 +31,12 @@ class CodeLengths {
   }
 
   void assign(unsigned maxBits, std::span<CodeWord> code) {
-    mergeWeights();
-    countDepths(maxBits);
+    std::array<std::uint32_t, kMaxCodeBits + 1> ofLength{};
+    countCodeLengths(std::span(weight_).first(used_), std::span(ofLength).first(maxBits + 1));
     // The rarest symbols stand first and get the longest codes.
     std::size_t i = 0;
     for (unsigned bits = maxBits; bits > 0; --bits)
-      for (unsigned n = ofLength_[bits]; n > 0; --n)
+      for (std::uint32_t n = ofLength[bits]; n > 0; --n)
         code[entries_[i++] & kSymbolMask].length = static_cast<std::uint8_t>(bits);
   }
 
@@ -68,59 +64,8 @@ class CodeLengths {
     return (entry >> shift) & ((1U << bits) - 1);
   }
 
-  // Leaves the parent of each inner node in its weight.
-  void mergeWeights() {
-    std::size_t leaf = 0, root = 0;
-    const auto lightest = [&](std::size_t next) {
-      if (leaf >= used_ || (root < next && weight_[root] < weight_[leaf])) {
-        const std::uint32_t weight = weight_[root];
-        weight_[root++] = static_cast<std::uint32_t>(next);
-        return weight;
-      }
-      return weight_[leaf++];
-    };
-    for (std::size_t next = 0; next + 1 < used_; ++next) {
-      const std::uint32_t first = lightest(next);
-      weight_[next] = first + lightest(next);
-    }
-  }
-
-  // How many codes have each length, from the depths of the inner nodes.
-  void countDepths(unsigned maxBits) {
-    const std::size_t inner = used_ - 1;
-    weight_[inner - 1] = 0;
-    for (std::size_t i = inner - 1; i-- > 0;) weight_[i] = weight_[weight_[i]] + 1;
-
-    unsigned available = 1;
-    std::uint32_t depth = 0;
-    std::size_t node = inner;
-    while (available > 0) {
-      unsigned nodes = 0;
-      for (; node > 0 && weight_[node - 1] == depth; --node) ++nodes;
-      ofLength_[std::min(depth, maxBits)] += available - nodes;
-      available = 2 * nodes;
-      ++depth;
-    }
-    if (depth > maxBits + 1) limit(maxBits);
-  }
-
-  // Restores Kraft's equation: what was cut to maxBits took more room than there is.
-  void limit(unsigned maxBits) {
-    std::uint32_t taken = 0;
-    for (unsigned bits = 1; bits <= maxBits; ++bits) taken += ofLength_[bits] << (maxBits - bits);
-    for (; taken > 1U << maxBits; --taken) {
-      // A code one level up gets longer and its room is shared with one of the longest.
-      unsigned bits = maxBits - 1;
-      while (ofLength_[bits] == 0) --bits;
-      --ofLength_[bits];
-      ofLength_[bits + 1] += 2;
-      --ofLength_[maxBits];
-    }
-  }
-
   std::array<std::uint32_t, kMaxSymbols> entries_;
   std::array<std::uint32_t, kMaxSymbols> weight_;
-  std::array<unsigned, 32> ofLength_{};
   std::size_t used_ = 0;
 };
 
