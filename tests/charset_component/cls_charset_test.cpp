@@ -8,32 +8,17 @@
 
 #include "frame/progress_event.h"
 #include "platform/file.h"
+#include "support/component_log.h"
 #include "support/test_data.h"
 
 namespace zantrel {
 namespace {
 
 using namespace std::string_view_literals;
+using test::bytes;
+using test::expectLogged;
+using test::logOf;
 using test::TempFolder;
-
-DataBuffer bytes(std::string_view text) {
-  DataBuffer out;
-  out.append(text);
-  return out;
-}
-
-std::string logOf(ClsCharset& charset) {
-  XString text;
-  charset.GetTextLogX(text, false);
-  return text.getUtf8();
-}
-
-void expectLogged(ClsCharset& charset, std::initializer_list<std::string_view> parts) {
-  const std::string log = logOf(charset);
-  for (const std::string_view part : parts) {
-    EXPECT_NE(log.find(part), std::string::npos) << "no \"" << part << "\" in\n" << log;
-  }
-}
 
 /// A component that converts between two charsets.
 struct Converter {

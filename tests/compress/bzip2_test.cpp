@@ -10,6 +10,7 @@
 #include "compress/bzip2_engine.h"
 #include "compress/bzip2_huffman.h"
 #include "compress/bzip2_rotation_sort.h"
+#include "compress/noise.h"
 #include "core/data_sink.h"
 #include "core/data_source.h"
 #include "frame/progress_monitor.h"
@@ -25,13 +26,6 @@ std::string repeated(std::string_view text, std::size_t count) {
   std::string all;
   for (; count > 0; --count) all += text;
   return all;
-}
-
-std::string noise(std::size_t size, unsigned values, unsigned seed = 1) {
-  std::mt19937 random(seed);
-  std::string text(size, '\0');
-  for (char& c : text) c = static_cast<char>(random() % values);
-  return text;
 }
 
 struct Outcome {

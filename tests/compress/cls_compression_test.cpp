@@ -8,29 +8,13 @@
 
 #include "frame/progress_event.h"
 #include "platform/file.h"
+#include "support/component_log.h"
 #include "support/test_data.h"
 
 namespace zantrel::test {
 namespace {
 
 using namespace std::string_literals;
-
-DataBuffer bytes(std::string_view text) {
-  DataBuffer out;
-  out.append(text);
-  return out;
-}
-
-std::string logOf(ClsCompression& compression) {
-  XString text;
-  compression.GetTextLogX(text, false);
-  return text.getUtf8();
-}
-
-void expectLogged(ClsCompression& compression, std::string_view part) {
-  const std::string log = logOf(compression);
-  EXPECT_NE(log.find(part), std::string::npos) << "no \"" << part << "\" in\n" << log;
-}
 
 std::string sample(std::size_t size) {
   std::mt19937 random(11);

@@ -13,29 +13,13 @@
 #include "frame/progress_event.h"
 #include "platform/file_tree.h"
 #include "platform/local_time.h"
+#include "support/component_log.h"
 #include "support/test_data.h"
 
 namespace zantrel::test {
 namespace {
 
 using namespace std::string_literals;
-
-DataBuffer bytes(std::string_view text) {
-  DataBuffer out;
-  out.append(text);
-  return out;
-}
-
-std::string logOf(ClsGzip& gzip) {
-  XString text;
-  gzip.GetTextLogX(text, false);
-  return text.getUtf8();
-}
-
-void expectLogged(ClsGzip& gzip, std::string_view part) {
-  EXPECT_NE(logOf(gzip).find(part), std::string::npos) << "no \"" << part << "\" in\n"
-                                                       << logOf(gzip);
-}
 
 std::string compressed(ClsGzip& gzip, std::string_view text) {
   DataBuffer out;

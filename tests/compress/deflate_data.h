@@ -7,6 +7,7 @@
 #include <string_view>
 #include <vector>
 
+#include "compress/noise.h"
 #include "compress/zantrel_deflate.h"
 #include "core/data_buffer.h"
 #include "core/log_null.h"
@@ -17,27 +18,6 @@ struct DeflateInput {
   std::string name;
   std::string bytes;
 };
-
-/// A number at a time, the same on every machine.
-class Numbers {
- public:
-  explicit Numbers(std::uint64_t seed) : state_(seed * 2 + 1) {}
-  std::uint32_t next() {
-    state_ = state_ * 6364136223846793005 + 1442695040888963407;
-    return static_cast<std::uint32_t>(state_ >> 33);
-  }
-  std::uint32_t below(std::uint32_t limit) { return next() % limit; }
-
- private:
-  std::uint64_t state_;
-};
-
-inline std::string noise(std::size_t size, std::uint64_t seed = 1, std::uint32_t symbols = 256) {
-  Numbers numbers(seed);
-  std::string bytes(size, '\0');
-  for (char& c : bytes) c = static_cast<char>(numbers.below(symbols));
-  return bytes;
-}
 
 /// Words of a small vocabulary, some far more often than others.
 inline std::string prose(std::size_t size, std::uint64_t seed = 1) {
@@ -56,7 +36,7 @@ inline std::vector<DeflateInput> deflateInputs(std::size_t size = 400000) {
   std::vector<DeflateInput> inputs = {{"zeros", std::string(size, '\0')},
                                       {"noise", noise(size)},
                                       {"two symbols", noise(size, 2, 2)},
-                                      {"sixteen symbols", noise(size, 3, 16)},
+                                      {"sixteen symbols", noise(size, 16, 3)},
                                       {"prose", prose(size)}};
   const auto repeated = [size](const std::string& part) {
     std::string bytes;
@@ -64,8 +44,8 @@ inline std::vector<DeflateInput> deflateInputs(std::size_t size = 400000) {
     return bytes.substr(0, size);
   };
   inputs.push_back({"noise again and again", repeated(noise(30000))});
-  inputs.push_back({"at the window's limit", repeated(noise(32768, 4))});
-  inputs.push_back({"beyond the window", repeated(noise(32769, 4))});
+  inputs.push_back({"at the window's limit", repeated(noise(32768, 256, 4))});
+  inputs.push_back({"beyond the window", repeated(noise(32769, 256, 4))});
   inputs.push_back({"noise amid prose", repeated(prose(50000) + noise(20000) + prose(700))});
   inputs.push_back({"short period", repeated("abc")});
   std::string runs, ascending, colliding;
@@ -73,7 +53,8 @@ inline std::vector<DeflateInput> deflateInputs(std::size_t size = 400000) {
   while (runs.size() < size) runs.append(numbers.below(600), static_cast<char>(numbers.below(3)));
   while (ascending.size() < size) ascending += std::to_string(ascending.size()) + "\n";
   // The same start everywhere and never the same continuation: chains are as long as they get.
-  while (colliding.size() < size) colliding += "aaaaaaaa" + noise(3, colliding.size()) + "aaaa";
+  while (colliding.size() < size)
+    colliding += "aaaaaaaa" + noise(3, 256, colliding.size()) + "aaaa";
   inputs.push_back({"runs", runs});
   inputs.push_back({"ascending numbers", ascending});
   inputs.push_back({"colliding", colliding});

@@ -9,6 +9,7 @@
 
 #include "compress/lzw_decoder.h"
 #include "compress/lzw_engine.h"
+#include "compress/noise.h"
 #include "core/data_sink.h"
 #include "core/data_source.h"
 #include "frame/progress_monitor.h"
@@ -17,13 +18,6 @@
 
 namespace zantrel::test {
 namespace {
-
-std::string noise(std::size_t size, unsigned values, unsigned seed = 1) {
-  std::mt19937 random(seed);
-  std::string text(size, '\0');
-  for (char& c : text) c = static_cast<char>(random() % values);
-  return text;
-}
 
 struct Outcome {
   bool done = false;

@@ -5,16 +5,11 @@
 #include "compress/cls_compression.h"
 #include "compress/cls_gzip.h"
 #include "platform/file.h"
+#include "support/component_log.h"
 #include "support/test_data.h"
 
 namespace zantrel::test {
 namespace {
-
-DataBuffer bytes(const std::string& text) {
-  DataBuffer out;
-  out.append(text);
-  return out;
-}
 
 TEST(GzipCorpusTest, StreamsOfManyCompressorsGoThroughTheComponents) {
   const auto folder = corpusFolder();

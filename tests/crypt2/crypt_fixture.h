@@ -8,15 +8,10 @@
 #include <string_view>
 
 #include "crypt2/cls_crypt.h"
+#include "support/component_log.h"
 #include "support/test_data.h"
 
 namespace zantrel::test {
-
-inline DataBuffer bytes(std::string_view text) {
-  DataBuffer out;
-  out.append(text);
-  return out;
-}
 
 struct Crypt {
   ClsCrypt* operator->() { return &component; }
@@ -50,15 +45,9 @@ struct Crypt {
     return hex(bytesOf(true, &ClsCrypt::HmacBytesX, bytes(data)));
   }
 
-  std::string log() {
-    XString text;
-    component.GetTextLogX(text, false);
-    return text.getUtf8();
-  }
+  std::string log() { return logOf(component); }
   void expectLogged(std::initializer_list<std::string_view> parts) {
-    const std::string text = log();
-    for (const std::string_view part : parts)
-      EXPECT_NE(text.find(part), std::string::npos) << "no \"" << part << "\" in\n" << text;
+    test::expectLogged(component, parts);
   }
 
   ClsCrypt component;

@@ -8,18 +8,13 @@
 #include <vector>
 
 #include "compress/cls_gzip.h"
+#include "support/component_log.h"
 #include "support/test_data.h"
 
 namespace zantrel::test {
 namespace {
 
 namespace fs = std::filesystem;
-
-std::string logOf(ClsGzip& gzip) {
-  XString text;
-  gzip.GetTextLogX(text, false);
-  return text.getUtf8();
-}
 
 /// Texts, noise, runs and nothing.
 std::vector<std::string> samples() {
