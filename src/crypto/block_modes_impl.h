@@ -27,6 +27,19 @@ inline void add(Block& block, const Block& other) noexcept {
     block[i] = static_cast<typename Block::value_type>(block[i] ^ other[i]);
 }
 
+/// Calls group(N) with so many blocks to do at once, as a constant, until none are left. Ciphers
+/// with many lanes do what is left of a text, or a short one, in groups of eight.
+template <std::size_t Lanes, class Group>
+inline void inGroups(std::size_t blocks, const Group& group) noexcept {
+  constexpr std::size_t kFew = Lanes > 8 ? 8 : 1;
+  const auto all = [&](auto count) {
+    for (; blocks >= count; blocks -= count) group(count);
+  };
+  all(std::integral_constant<std::size_t, Lanes>{});
+  all(std::integral_constant<std::size_t, kFew>{});
+  if constexpr (kFew > 1) all(std::integral_constant<std::size_t, 1>{});
+}
+
 }  // namespace block_modes
 
 template <class Cipher, std::size_t BlockSize>
@@ -37,10 +50,8 @@ void BlockModes<Cipher, BlockSize>::ecbEncrypt(const std::uint8_t* in, std::uint
     for (std::size_t n = 0; n < N; ++n, in += BlockSize) text[n] = Cipher::load(in);
     cipher().template encryptBlocks<N>(text);
     for (std::size_t n = 0; n < N; ++n, out += BlockSize) Cipher::store(text[n], out);
-    blocks -= N;
   };
-  while (blocks >= Cipher::kLanes) group(std::integral_constant<std::size_t, Cipher::kLanes>{});
-  while (blocks > 0) group(std::integral_constant<std::size_t, 1>{});
+  block_modes::inGroups<Cipher::kLanes>(blocks, group);
 }
 
 template <class Cipher, std::size_t BlockSize>
@@ -51,10 +62,8 @@ void BlockModes<Cipher, BlockSize>::ecbDecrypt(const std::uint8_t* in, std::uint
     for (std::size_t n = 0; n < N; ++n, in += BlockSize) text[n] = Cipher::load(in);
     cipher().template decryptBlocks<N>(text);
     for (std::size_t n = 0; n < N; ++n, out += BlockSize) Cipher::store(text[n], out);
-    blocks -= N;
   };
-  while (blocks >= Cipher::kLanes) group(std::integral_constant<std::size_t, Cipher::kLanes>{});
-  while (blocks > 0) group(std::integral_constant<std::size_t, 1>{});
+  block_modes::inGroups<Cipher::kLanes>(blocks, group);
 }
 
 template <class Cipher, std::size_t BlockSize>
@@ -86,10 +95,8 @@ void BlockModes<Cipher, BlockSize>::cbcDecrypt(std::uint8_t* chain, const std::u
       Cipher::store(text[n], out);
     }
     previous = ciphertext[N - 1];
-    blocks -= N;
   };
-  while (blocks >= Cipher::kLanes) group(std::integral_constant<std::size_t, Cipher::kLanes>{});
-  while (blocks > 0) group(std::integral_constant<std::size_t, 1>{});
+  block_modes::inGroups<Cipher::kLanes>(blocks, group);
   Cipher::store(previous, chain);
 }
 
