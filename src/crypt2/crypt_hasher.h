@@ -5,7 +5,7 @@
 #include <optional>
 
 #include "core/bytes.h"
-#include "crypt2/secret.h"
+#include "core/secret.h"
 #include "crypto/digest_context.h"
 #include "crypto/hmac.h"
 
