@@ -68,7 +68,7 @@ StringBuffer& StringBuffer::operator=(StringBuffer&& other) noexcept {
 
 StringBuffer StringBuffer::withCapacity(std::size_t capacity) {
   StringBuffer buffer{NoStorage{}};
-  buffer.reserve(capacity);
+  if (capacity != 0) buffer.reserve(capacity);
   return buffer;
 }
 

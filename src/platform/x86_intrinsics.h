@@ -1,5 +1,5 @@
 #pragma once
-// The compiler's vector intrinsics, for files named *_x86.cpp, inside `#if defined(ZT_X86_64)`.
+// The compiler's vector intrinsics, for files named *_x86, inside `#if defined(ZT_X86_64)`.
 
 #include "platform/cpu_features.h"
 

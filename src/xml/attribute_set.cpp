@@ -13,7 +13,7 @@ void XmlSlice::assign(const char*& text, std::uint32_t& size, std::string_view f
   const std::size_t whole = first.size() + second.size();
   if (whole >= kOwned) throw std::bad_alloc();
   std::unique_ptr<char[]> copy;
-  if (whole != 0) copy.reset(new char[whole]);
+  if (whole != 0) copy.reset(new char[whole + kSlack]);
   if (!first.empty()) std::memcpy(copy.get(), first.data(), first.size());
   if (!second.empty()) std::memcpy(copy.get() + first.size(), second.data(), second.size());
   release(text, size);

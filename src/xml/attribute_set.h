@@ -5,11 +5,15 @@
 #include <cstdint>
 #include <string_view>
 
+#include "core/byte_block.h"
+
 namespace zantrel {
 
 /// A text of at most 2^31-1 bytes as a pointer and a size: a slice of somebody's longer text, or a
-/// copy of its own, which the size's highest bit tells.
+/// copy of its own, which the size's highest bit tells. Memory behind a text that is not empty can
+/// be read for kSlack bytes, so that texts are searched and copied in blocks.
 struct XmlSlice {
+  static constexpr std::size_t kSlack = ByteBlock::kSize;
   static constexpr std::uint32_t kOwned = 0x80000000;
 
   static std::string_view view(const char* text, std::uint32_t size) {

@@ -2,6 +2,10 @@
 // content are slices of it, decoded in place. Children and attributes are gathered on stacks and
 // stored as lists of exact size when an element is complete. The functions take where they are and
 // return where they got to, so that the compiler keeps it in a register.
+//
+// A processor guesses how a loop over bytes ends. Names come again and again, so that it learns
+// their lengths, and loops are fastest. Lengths of texts and values it cannot guess: blocks of
+// bytes are searched for their ends.
 
 #include "xml/parse_engine.h"
 
@@ -14,11 +18,13 @@
 #include <vector>
 
 #include "core/ascii_text.h"
+#include "core/byte_block.h"
 #include "core/log_base.h"
 #include "core/string_buffer.h"
 #include "core/xstring.h"
 #include "frame/progress_monitor.h"
 #include "xml/content_pieces.h"
+#include "xml/small_stack.h"
 #include "xml/xml_decode.h"
 #include "xml/xml_store.h"
 
@@ -27,13 +33,15 @@ namespace zantrel {
 namespace {
 
 // Classes of characters.
-enum : std::uint8_t { kSpace = 1, kEndsTag = 2, kEndsName = 4, kQuote = 8 };
+enum : std::uint8_t { kSpace = 1, kEndsTag = 2, kEndsName = 4, kQuote = 8, kEndsClosing = 16 };
 
 constexpr std::array<std::uint8_t, 256> kClasses = [] {
   std::array<std::uint8_t, 256> classes{};
   for (const char c : {' ', '\t', '\r', '\n'})
     classes[static_cast<std::uint8_t>(c)] = kSpace | kEndsTag | kEndsName;
   classes['/'] = classes['>'] = kEndsTag | kEndsName;
+  classes['>'] |= kEndsClosing;
+  classes['<'] |= kEndsClosing;
   classes['='] = kEndsName;
   classes['"'] = classes['\''] = kQuote;
   return classes;
@@ -44,6 +52,50 @@ std::uint8_t classOf(char c) {
 }
 bool is(char c, unsigned which) {
   return (classOf(c) & which) != 0;
+}
+
+// What stands behind the text, so that every search ends, at the end of the text or here.
+constexpr std::string_view kSentinel = ">\"'<";
+
+template <class InSet>
+inline char* findIn(char* at, InSet inSet) {
+  for (;;) {
+    const std::size_t first = inSet(ByteBlock::load(at)).first();
+    at += first;
+    if (first != ByteBlock::kSize) return at;
+  }
+}
+
+template <unsigned kWhich>
+inline char* findClass(char* at) {
+  while (!is(*at, kWhich)) ++at;
+  return at;
+}
+
+inline char* skipSpace(char* at) {
+  // One blank is usual between attributes, an indentation between elements.
+  if (!is(*at, kSpace)) return at;
+  if (!is(*++at, kSpace)) return at;
+  return findIn(at + 1, [](ByteBlock block) {
+    return ~(block.equal(' ') | block.equal('\n') | block.equal('\t') | block.equal('\r'));
+  });
+}
+
+// The first character of the set, and whether an ampersand stands before it.
+template <class InSet>
+inline char* findWithReferences(char* at, bool& references, InSet inSet) {
+  references = false;
+  for (;;) {
+    const ByteBlock block = ByteBlock::load(at);
+    const auto set = inSet(block);
+    const auto ampersands = block.equal('&');
+    if ((set | ampersands).any()) {
+      const std::size_t first = set.first();
+      references |= ampersands.first() < first;
+      if (first != ByteBlock::kSize) return at + first;
+    }
+    at += ByteBlock::kSize;
+  }
 }
 
 constexpr std::uint32_t kMostErrors = 100;
@@ -65,13 +117,15 @@ class Parser final {
     TreeNode* node;
     // Most content is one text, which needs no list.
     char* onlyText;
-    std::size_t onlySize;
-    std::size_t firstPiece;
-    std::size_t firstChild;
+    std::uint32_t onlySize;
+    bool references;  // of that text
+    // Of counts that the size of a text bounds.
+    std::uint32_t firstPiece;
+    std::uint32_t firstChild;
   };
 
   char* readText(char* at);
-  void addText(Open& element, char* text, std::size_t size);
+  void addText(Open& element, char* text, std::size_t size, bool references);
   void listOnlyText(Open& element);
   char* readMarkup(char* at);
   char* readComment(char* at);
@@ -96,10 +150,8 @@ class Parser final {
     node->borrowTag(tag, static_cast<std::size_t>(tagEnd - tag));
     return node;
   }
-  static char* skipSpace(char* at) {
-    while (is(*at, kSpace)) ++at;
-    return at;
-  }
+  // Where a search really ended that may have gone on into the sentinel.
+  char* upToEnd(char* at) const { return std::min(at, end_); }
   std::size_t left(const char* at) const { return static_cast<std::size_t>(end_ - at); }
   std::string_view rest(const char* at) const { return {at, left(at)}; }
   char* find(char* at, char c) const {
@@ -122,21 +174,21 @@ class Parser final {
   LogBase& log_;
   ProgressMonitor* progress_;
 
-  char* text_ = nullptr;  // the document's, with a ">" behind its end
+  char* text_ = nullptr;  // the document's
   char* end_ = nullptr;
   bool stopped_ = false;
   bool aborted_ = false;
 
-  std::vector<Open> open_;
-  std::vector<TreeNode*> children_;  // complete children of open elements, the innermost's last
-  std::vector<AttributeSet::Attribute> attributes_;
+  SmallStack<Open, 32> open_;
+  SmallStack<TreeNode*, 64> children_;  // complete children of open elements, the innermost's last
+  SmallStack<AttributeSet::Attribute, 16> attributes_;
   ContentPieces pieces_;
 
   // What the next complete top-level element gets.
   TreeNode* declaration_ = nullptr;
   std::vector<TreeNode*> instructions_;
-  StringBuffer docType_{std::string_view()};
-  StringBuffer styleSheet_{std::string_view()};
+  StringBuffer docType_ = StringBuffer::withCapacity(0);
+  StringBuffer styleSheet_ = StringBuffer::withCapacity(0);
   TreeInfo* document_ = nullptr;
 
   std::uint32_t errors_ = 0;
@@ -147,14 +199,12 @@ class Parser final {
 
 TreeInfo* Parser::parse(std::string_view text) {
   if (text.size() > 0x7FFFFFFF) throw std::bad_alloc();
-  text_ = static_cast<char*>(arena_.allocate(text.size() + 1));
+  text_ = static_cast<char*>(arena_.allocate(text.size() + kSentinel.size()));
   if (!text.empty()) std::memcpy(text_, text.data(), text.size());
   end_ = text_ + text.size();
-  *end_ = '>';  // so that names end
+  std::memcpy(end_, kSentinel.data(), kSentinel.size());
   lineStart_ = counted_ = text_;
   if (progress_ != nullptr) progress_->reset(static_cast<std::int64_t>(text.size()));
-  open_.reserve(32);
-  children_.reserve(32);
   for (char* at = text_; at != end_ && !stopped_;) at = *at == '<' ? readMarkup(at) : readText(at);
   finish();
   if (progress_ != nullptr && !aborted_) progress_->end();
@@ -166,18 +216,22 @@ inline char* Parser::readText(char* at) {
     at = skipSpace(at);
     if (*at == '<') return at;
   }
-  char* const next = find(at, '<');
+  bool references = false;
+  char* const next =
+      upToEnd(findWithReferences(at, references, [](ByteBlock block) { return block.equal('<'); }));
   char* last = next;
   if (trim_)
     while (last != at && is(last[-1], kSpace)) --last;
-  if (last != at && !open_.empty()) addText(open_.back(), at, static_cast<std::size_t>(last - at));
+  if (last != at && !open_.empty())
+    addText(open_.back(), at, static_cast<std::size_t>(last - at), references);
   return next;
 }
 
-inline void Parser::addText(Open& element, char* text, std::size_t size) {
+inline void Parser::addText(Open& element, char* text, std::size_t size, bool references) {
   if (pieces_.start() == element.firstPiece && element.onlyText == nullptr) {
     element.onlyText = text;
-    element.onlySize = size;
+    element.onlySize = static_cast<std::uint32_t>(size);
+    element.references = references;
     return;
   }
   listOnlyText(element);
@@ -244,8 +298,7 @@ char* Parser::readInstruction(char* at) {
   if (startsWithWord(at, "<?xml-stylesheet")) return readStyleSheet(at);
   char* const target = at + 2;
   const bool isDeclaration = startsWithWord(target, "xml");
-  at = target;
-  while (!is(*at, kEndsTag)) ++at;
+  at = findClass<kEndsTag>(target);
   const bool endsHere = at != target && at[-1] == '?';
   TreeNode* const node = newNode(target, endsHere ? at - 1 : at);
   if (!isDeclaration) {
@@ -269,8 +322,7 @@ char* Parser::readStyleSheet(char* at) {
 
 inline char* Parser::readClosingTag(char* at) {
   const char* const tag = at;
-  at += 2;
-  while (*at != '>' && *at != '<') ++at;
+  at = findClass<kEndsClosing>(at + 2);
   if (*at == '<' || at == end_) {
     logErrorAt("Error in closing tag", tag);
     if (!open_.empty() && errors_ <= kMostErrors)
@@ -289,9 +341,10 @@ inline char* Parser::readClosingTag(char* at) {
 
 inline char* Parser::readElement(char* at) {
   char* const tag = ++at;
-  while (!is(*at, kEndsTag)) ++at;
+  at = findClass<kEndsTag>(tag);
   TreeNode* const node = newNode(tag, at);
-  open_.push_back({node, nullptr, 0, pieces_.start(), children_.size()});
+  open_.push({node, nullptr, 0, false, static_cast<std::uint32_t>(pieces_.start()),
+              static_cast<std::uint32_t>(children_.size())});
   bool isEmpty = false;
   if (*at == '>' && at != end_)
     ++at;
@@ -303,7 +356,7 @@ inline char* Parser::readElement(char* at) {
 
 // Up to the end of the tag, which may say that the element is empty.
 char* Parser::readAttributes(char* at, TreeNode* node, bool& isEmpty) {
-  attributes_.clear();
+  attributes_.shrink(0);
   for (;;) {
     at = skipSpace(at);
     if (*at == '>' || at == end_) break;
@@ -317,20 +370,21 @@ char* Parser::readAttributes(char* at, TreeNode* node, bool& isEmpty) {
 inline char* Parser::readAttribute(char* at) {
   AttributeSet::Attribute attribute{};
   char* const name = at;
-  unsigned classes = 0;
-  for (unsigned one; ((one = classOf(*at)) & kEndsName) == 0; ++at) classes |= one;
+  at = findClass<kEndsName | kQuote>(name);
   char* nameEnd = at;
-  if ((classes & kQuote) != 0)
+  if (is(*at, kQuote)) {
+    while (!is(*at, kEndsName)) ++at;
     nameEnd = std::remove_if(name, at, [](char c) { return is(c, kQuote); });
+  }
   at = skipSpace(at);
-  if (*at == '=' && at != end_)
+  if (*at == '=')
     at = readValue(skipSpace(at + 1), attribute);
   else if (nameEnd != name && nameEnd[-1] == '?')
     --nameEnd;  // it belongs to the end of a declaration
   if (nameEnd == name) return at;
   attribute.name = name;
   attribute.nameSize = static_cast<std::uint32_t>(nameEnd - name);
-  attributes_.push_back(attribute);
+  attributes_.push(attribute);
   return at;
 }
 
@@ -340,15 +394,18 @@ inline char* Parser::readValue(char* at, AttributeSet::Attribute& attribute) {
   if (at == end_) return at;
   char* begin = at;
   char* last = at;
-  unsigned char references = 0;
+  bool references = false;
   if (is(*begin, kQuote)) {
     const char quote = *begin++;
-    for (last = begin; *last != quote && last != end_; ++last) references |= *last == '&';
+    last = findWithReferences(begin, references,
+                              [quote](ByteBlock block) { return block.equal(quote); });
   } else {
-    for (; last != end_ && !is(*last, kQuote); ++last) references |= *last == '&';
+    last = findWithReferences(begin, references,
+                              [](ByteBlock block) { return block.equal('"') | block.equal('\''); });
   }
+  last = upToEnd(last);
   std::size_t size = static_cast<std::size_t>(last - begin);
-  if (references != 0) size = decodeReferences(begin, size, 1);
+  if (references) size = decodeReferences(begin, size, 1);
   attribute.value = begin;
   attribute.valueSize = static_cast<std::uint32_t>(size);
   return last != end_ ? last + 1 : last;
@@ -360,27 +417,34 @@ inline void Parser::keepAttributes(TreeNode* node) {
 }
 
 void Parser::closeElement() {
-  const Open closed = open_.back();
-  open_.pop_back();
+  const Open& closed = open_.back();  // stays as it is until the next element
+  open_.pop();
   if (closed.onlyText != nullptr) {
-    closed.node->borrowContent(closed.onlyText,
-                               decodeReferences(closed.onlyText, closed.onlySize, 1));
+    closed.node->borrowContent(
+        closed.onlyText, closed.references ? decodeReferences(closed.onlyText, closed.onlySize, 1)
+                                           : closed.onlySize);
   } else if (pieces_.start() != closed.firstPiece) {
     const std::string_view content = pieces_.take(closed.firstPiece);
     closed.node->borrowContent(content.data(), content.size());
   }
   if (children_.size() != closed.firstChild) keepChildren(closed.node, closed.firstChild);
-  if (open_.empty())
+  if (open_.empty()) {
     complete(closed.node);
-  else
-    children_.push_back(closed.node);
+  } else {
+    const Open& parent = open_.back();
+    closed.node->placeUnder(parent.node, children_.size() - parent.firstChild);
+    children_.push(closed.node);
+  }
 }
 
 inline void Parser::keepChildren(TreeNode* node, std::size_t first) {
   const std::size_t count = children_.size() - first;
   auto** const list = static_cast<TreeNode**>(arena_.allocate(count * sizeof(TreeNode*)));
-  std::copy_n(children_.data() + first, count, list);
-  children_.resize(first);
+  if (count == 1)
+    *list = children_.back();
+  else
+    std::copy_n(children_.data() + first, count, list);
+  children_.shrink(first);
   node->borrowChildren(list, count);
 }
 

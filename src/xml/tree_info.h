@@ -22,8 +22,8 @@ struct TreeInfo {
   /// The other processing instructions: target as tag, what looks like attributes as attributes.
   std::vector<TreeNode*> processingInstructions;
   /// Whole DOCTYPE declarations and style sheet instructions, a line each.
-  StringBuffer docType{std::string_view()};
-  StringBuffer styleSheet{std::string_view()};
+  StringBuffer docType = StringBuffer::withCapacity(0);
+  StringBuffer styleSheet = StringBuffer::withCapacity(0);
 };
 
 }  // namespace zantrel

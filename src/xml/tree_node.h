@@ -80,10 +80,11 @@ class TreeNode final {
   void borrowChildren(TreeNode** list, std::size_t count) {
     children_ = list;
     childCount_ = static_cast<std::uint32_t>(count);
-    for (std::uint32_t i = 0; i < childCount_; ++i) {
-      list[i]->above_ = this;
-      list[i]->index_ = i;
-    }
+  }
+  /// For a node that the parent's list is going to have at that place.
+  void placeUnder(TreeNode* parent, std::size_t index) {
+    above_ = parent;
+    index_ = static_cast<std::uint32_t>(index);
   }
 
  private:

@@ -9,6 +9,10 @@ namespace zantrel {
 
 struct XmlArena::Slab {
   XmlArena* arena;
+  // Of the first slab of a chunk:
+  Slab* nextChunk;
+  std::size_t chunkSlabs;
+
   bool owners;  // some of its nodes may have memory of their own
   bool roots;   // some may have a TreeInfo
 
@@ -17,11 +21,20 @@ struct XmlArena::Slab {
   }
   // As many as fit behind the head, at the end, so that each has a cache line of its own.
   static constexpr std::size_t kNodes = kSlabBytes / sizeof(TreeNode) - 1;
-  static_assert(sizeof(TreeNode) >= sizeof(void*) + 2 * sizeof(bool));
+  static_assert(sizeof(TreeNode) >= 3 * sizeof(void*) + 2 * sizeof(bool));
 
-  TreeNode* nodes() {
-    return reinterpret_cast<TreeNode*>(reinterpret_cast<std::byte*>(this) + kSlabBytes) - kNodes;
+  TreeNode* nodes() { return end() - kNodes; }
+  TreeNode* end() {
+    return reinterpret_cast<TreeNode*>(reinterpret_cast<std::byte*>(this) + kSlabBytes);
   }
+  Slab* following(std::size_t slabs) {
+    return reinterpret_cast<Slab*>(reinterpret_cast<std::byte*>(this) + slabs * kSlabBytes);
+  }
+};
+
+// All memory of an arena, in the order in which it goes.
+struct XmlArena::Block {
+  Block* next;
 };
 
 XmlArena& XmlArena::of(const TreeNode* node) {
@@ -36,73 +49,74 @@ void XmlArena::noteOwner(const TreeNode* node) {
 }
 
 XmlArena::~XmlArena() {
-  for (const Chunk& chunk : chunks_) {
-    for (std::size_t s = 0; s < chunk.count; ++s) {
-      auto* const slab = reinterpret_cast<Slab*>(chunk.slabs + s * kSlabBytes);
-      if (!slab->owners && !slab->roots) continue;
-      TreeNode* const end =
-          slabEnd_ == slab->nodes() + Slab::kNodes ? next_ : slab->nodes() + Slab::kNodes;
-      for (TreeNode* node = slab->nodes(); node != end; ++node) {
-        if (!node->isAlive()) continue;
-        if (node->isRoot()) delete static_cast<TreeInfo*>(node->above_);
-        if (slab->owners) node->releaseOwned();
-      }
-    }
-    ::operator delete(chunk.slabs, std::align_val_t(kSlabBytes));
+  for (Slab* chunk = slabs_; chunk != nullptr; chunk = chunk->nextChunk) {
+    const std::size_t used = chunk == slabs_ ? slabsUsed_ : chunk->chunkSlabs;
+    for (std::size_t i = 0; i < used; ++i) releaseNodes(*chunk->following(i));
+  }
+  while (blocks_ != nullptr) ::operator delete(std::exchange(blocks_, blocks_->next));
+}
+
+void XmlArena::releaseNodes(Slab& slab) {
+  if (!slab.owners && !slab.roots) return;
+  TreeNode* const end = slabEnd_ == slab.end() ? next_ : slab.end();
+  for (TreeNode* node = slab.nodes(); node != end; ++node) {
+    if (!node->isAlive()) continue;
+    if (node->isRoot()) delete static_cast<TreeInfo*>(node->above_);
+    if (slab.owners) node->releaseOwned();
   }
 }
 
-// A slab first, so that a small document stays small, then more at a time.
+std::byte* XmlArena::addBlock(std::size_t bytes) {
+  const std::size_t whole = sizeof(Block) + bytes + XmlSlice::kSlack;
+  blocks_ = new (::operator new(whole)) Block{blocks_};
+  memoryBytes_ += whole;
+  return reinterpret_cast<std::byte*>(blocks_ + 1);
+}
+
+// What remains of the memory that was there before is given up, unless it is more.
+void XmlArena::bumpIn(std::byte* memory, std::size_t bytes) {
+  if (bytes <= bumpLeft_) return;
+  bump_ = memory;
+  bumpLeft_ = bytes;
+}
+
+// A slab first, so that a small document stays small, then more at a time. Being aligned they leave
+// some memory over on both sides; that of the first slab is all that small documents need.
 void XmlArena::addSlabs() {
+  constexpr std::size_t kLeast = 2;
   constexpr std::size_t kMost = 64;
-  if (chunks_.empty() || slabsUsed_ == chunks_.back().count) {
-    const std::size_t count = chunks_.empty() ? 1 : std::min(kMost, 2 * chunks_.back().count);
-    chunks_.push_back({nullptr, 0});
+  if (slabs_ == nullptr || slabsUsed_ == slabs_->chunkSlabs) {
+    const std::size_t count = slabs_ == nullptr ? 1 : std::clamp(slabCount_ / 2, kLeast, kMost);
+    const std::size_t bytes = (count + 1) * kSlabBytes;
+    std::byte* const memory = addBlock(bytes);
+    const std::size_t before = -reinterpret_cast<std::uintptr_t>(memory) & (kSlabBytes - 1);
+    slabs_ = new (memory + before) Slab{this, slabs_, count, false, false};
+    slabCount_ += count;
     slabsUsed_ = 0;
-    const std::size_t bytes = count * kSlabBytes;
-    auto* const slabs =
-        static_cast<std::byte*>(::operator new(bytes, std::align_val_t(kSlabBytes)));
-    chunks_.back() = {slabs, count};
-    for (std::size_t s = 0; s < count; ++s)
-      new (chunks_.back().slabs + s * kSlabBytes) Slab{this, false, false};
-    memoryBytes_ += count * kSlabBytes;
+    bumpIn(memory, before);
+    const std::size_t within = before + count * kSlabBytes;
+    bumpIn(memory + within, bytes - within);
   }
-  auto* const slab = reinterpret_cast<Slab*>(chunks_.back().slabs + slabsUsed_++ * kSlabBytes);
+  Slab* const slab = slabs_->following(slabsUsed_);
+  if (slabsUsed_++ != 0) new (slab) Slab{this, nullptr, 0, false, false};
   next_ = slab->nodes();
-  slabEnd_ = next_ + Slab::kNodes;
+  slabEnd_ = slab->end();
 }
 
-TreeNode* XmlArena::newNode() {
-  TreeNode* place = free_;
-  if (place != nullptr) {
-    free_ = static_cast<TreeNode*>(place->above_);
-  } else {
-    if (next_ == slabEnd_) addSlabs();
-    place = next_++;
-  }
-  ++live_;
-  return new (place) TreeNode;
-}
-
-void* XmlArena::allocate(std::size_t bytes) {
+// For a size that is aligned, when no memory is left for it.
+void* XmlArena::allocateBeyond(std::size_t bytes) {
   constexpr std::size_t kFirstBlock = 1024;
   constexpr std::size_t kBlock = 65536;
-  constexpr std::size_t kAlign = alignof(void*);
-  bytes = (bytes + kAlign - 1) & ~(kAlign - 1);
-  if (bytes > bumpLeft_) {
-    // Blocks grow with the arena, so that a small document stays small.
-    const std::size_t usual = std::clamp(memoryBytes_, kFirstBlock, kBlock);
-    const std::size_t size = bytes >= usual / 4 ? bytes : usual;
-    blocks_.push_back(std::unique_ptr<std::byte[]>(new std::byte[size]));
-    memoryBytes_ += size;
-    if (size == bytes) return blocks_.back().get();  // what is left of the last block still serves
-    bump_ = blocks_.back().get();
-    bumpLeft_ = size;
+  if (slabs_ == nullptr && bytes <= kSlabBytes / 2) {
+    addSlabs();
+    return allocate(bytes);
   }
-  void* const result = bump_;
-  bump_ += bytes;
-  bumpLeft_ -= bytes;
-  return result;
+  // Blocks grow with the arena, so that a small document stays small. A large text gets one of its
+  // own: what is left of the last block still serves.
+  const std::size_t usual = std::clamp(memoryBytes_ / 8, kFirstBlock, kBlock);
+  if (bytes >= usual / 4) return addBlock(bytes);
+  bumpIn(addBlock(usual), usual);
+  return allocate(bytes);
 }
 
 void XmlArena::recycle(TreeNode* node) {

@@ -15,6 +15,7 @@
 #include <cstdint>
 #include <memory>
 #include <mutex>
+#include <new>
 #include <utility>
 #include <vector>
 
@@ -38,9 +39,23 @@ class XmlArena final {
   static void noteOwner(const TreeNode* node);
 
   /// A node without tag, content and parent.
-  TreeNode* newNode();
-  /// Memory for anything, not initialized, aligned for pointers.
-  void* allocate(std::size_t bytes);
+  TreeNode* newNode() {
+    if (free_ == nullptr && next_ == slabEnd_) addSlabs();
+    TreeNode* const place = free_ != nullptr ? free_ : next_++;
+    if (place == free_) free_ = static_cast<TreeNode*>(place->above_);
+    ++live_;
+    return new (place) TreeNode;
+  }
+  /// Memory for anything, not initialized, aligned for pointers. XmlSlice::kSlack bytes behind it
+  /// can be read.
+  void* allocate(std::size_t bytes) {
+    bytes = (bytes + alignof(void*) - 1) & ~(alignof(void*) - 1);
+    if (bytes > bumpLeft_) return allocateBeyond(bytes);
+    void* const result = bump_;
+    bump_ += bytes;
+    bumpLeft_ -= bytes;
+    return result;
+  }
   /// Bytes that the arena has taken.
   std::size_t memoryBytes() const { return memoryBytes_; }
 
@@ -49,12 +64,13 @@ class XmlArena final {
   static void noteRoot(const TreeNode* node);
   static constexpr std::size_t kSlabBytes = 4096;
   struct Slab;
-  struct Chunk {
-    std::byte* slabs;
-    std::size_t count;
-  };
+  struct Block;
 
+  std::byte* addBlock(std::size_t bytes);
   void addSlabs();
+  void* allocateBeyond(std::size_t bytes);
+  void bumpIn(std::byte* memory, std::size_t bytes);
+  void releaseNodes(Slab& slab);
   void recycle(TreeNode* node);
 
   XmlStore* store_;
@@ -62,11 +78,12 @@ class XmlArena final {
   TreeNode* free_ = nullptr;
   TreeNode* next_ = nullptr;  // the rest of a slab
   TreeNode* slabEnd_ = nullptr;
-  std::size_t slabsUsed_ = 0;  // of the last chunk
-  std::vector<Chunk> chunks_;
-  std::vector<std::unique_ptr<std::byte[]>> blocks_;
+  Slab* slabs_ = nullptr;      // the last chunk of them
+  std::size_t slabsUsed_ = 0;  // of that chunk
+  std::size_t slabCount_ = 0;  // of all
   std::byte* bump_ = nullptr;
   std::size_t bumpLeft_ = 0;
+  Block* blocks_ = nullptr;
   std::size_t memoryBytes_ = 0;
 };
 
