@@ -9,9 +9,12 @@
 #include "compress/bzip2_inverse.h"
 
 #include <algorithm>
+#include <bit>
 #include <cstring>
+#include <type_traits>
 
 #include "compress/bzip2_format.h"
+#include "core/byte_order.h"
 
 namespace zantrel {
 
@@ -56,9 +59,27 @@ void Bzip2Inverse::run(std::uint8_t* block, std::size_t size, std::size_t origin
     followLanes(block, size, origin);
 }
 
+// Calls run(byte, count) for the bytes of a column in order, eight equal ones at once: a counter
+// for each byte would else wait for its own last store all along a run.
+template <class Run>
+void Bzip2Inverse::byRuns(ByteSpan column, const Run& run) noexcept {
+  constexpr std::uint64_t kOnes = 0x0101010101010101;
+  using Eight = std::integral_constant<std::uint32_t, 8>;
+  using One = std::integral_constant<std::uint32_t, 1>;
+  const std::uint8_t* p = column.data();
+  const std::uint8_t* const end = p + column.size();
+  for (; end - p >= 8; p += 8) {
+    if (loadWord<std::uint64_t, std::endian::little>(p) == kOnes * *p)
+      run(*p, Eight{});
+    else
+      for (int i = 0; i < 8; ++i) run(p[i], One{});
+  }
+  for (; p < end; ++p) run(*p, One{});
+}
+
 void Bzip2Inverse::makeRows(ByteSpan column) noexcept {
   std::array<std::uint32_t, 256> place{};
-  for (const std::uint8_t byte : column) ++place[byte];
+  byRuns(column, [&](std::uint8_t byte, auto count) { place[byte] += count; });
   std::uint32_t sum = 0;
   for (std::uint32_t& entry : place) {
     const std::uint32_t count = entry;
@@ -66,7 +87,11 @@ void Bzip2Inverse::makeRows(ByteSpan column) noexcept {
     sum += count;
   }
   std::uint32_t row = 0;
-  for (const std::uint8_t byte : column) rows_[place[byte]++] = row++ << kRowShift | byte;
+  byRuns(column, [&](std::uint8_t byte, auto count) {
+    std::uint32_t* const to = &rows_[place[byte]];
+    for (std::uint32_t i = 0; i < count; ++i) to[i] = row++ << kRowShift | byte;
+    place[byte] += count;
+  });
 }
 
 void Bzip2Inverse::followOneChain(std::uint8_t* text, std::size_t size,

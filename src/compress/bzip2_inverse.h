@@ -22,13 +22,15 @@ class Bzip2Inverse {
  private:
   struct Segment;
 
+  template <class Run>
+  static void byRuns(ByteSpan column, const Run& run) noexcept;
   void makeRows(ByteSpan column) noexcept;
   void followOneChain(std::uint8_t* text, std::size_t size, std::size_t origin) const noexcept;
   void followLanes(std::uint8_t* text, std::size_t size, std::size_t origin);
   void joinSegments(std::uint8_t* text, std::size_t size) const noexcept;
 
-  std::unique_ptr<std::uint32_t[]>
-      rows_;  // first byte of a rotation; above it the row of the next one
+  // The first byte of a rotation; above it the row of the next one.
+  std::unique_ptr<std::uint32_t[]> rows_;
   std::unique_ptr<Segment[]> segments_;
   std::unique_ptr<std::uint8_t[]> lanes_;  // none before the first large block
 };
