@@ -126,7 +126,8 @@ bool Checker::readProlog() {
 // Up to the end of the document's element.
 bool Checker::readContent() {
   while (!tags_.empty()) {
-    const char* const at = findOneOf<'<', '&', ']'>(scan_.at(), scan_.end());
+    const char* at = scan_.at();
+    if (scan_.peek() != '<') at = findOneOf<'<', '&', ']'>(at, scan_.end());
     scan_.goTo(at);
     if (at == scan_.end()) {
       if (!leaveEntity()) return false;
@@ -167,18 +168,31 @@ inline bool Checker::readStartTag() {
   return scan_.skip('>') || readAttributes();
 }
 
+// An attribute as nearly all are written: without white space and references. Goes behind it and
+// returns its name, or stays and returns an empty one.
+inline std::string_view skipPlainAttribute(const char*& at, const char* end) {
+  const char* const name = at;
+  const char* const nameEnd = skipXmlName(name, end);
+  if (end - nameEnd < 3 || *nameEnd != '=') return {};
+  const char* const value = nameEnd + 2;
+  const char quote = value[-1];
+  const char* valueEnd = end;
+  if (quote == '"')
+    valueEnd = findOneOf<'"', '<', '&'>(value, end);
+  else if (quote == '\'')
+    valueEnd = findOneOf<'\'', '<', '&'>(value, end);
+  if (valueEnd == end || *valueEnd != quote) return {};
+  at = valueEnd + 1;
+  return {name, static_cast<std::size_t>(nameEnd - name)};
+}
+
 // Behind the tag's name or in it.
 bool Checker::readAttributes() {
   attributes_.clear();
   for (;;) {
     const bool hasSpace = scan_.skipSpace();
-    const char next = scan_.peek();
-    if (next == '>') {
-      scan_.skip('>');
-      break;
-    }
-    if (next == '/') {
-      scan_.skip('/');
+    if (scan_.skip('>')) break;
+    if (scan_.skip('/')) {
       if (!scan_.read(">")) return false;
       tags_.pop_back();
       break;
@@ -186,9 +200,12 @@ bool Checker::readAttributes() {
     if (!hasSpace)
       return scan_.fail("An attribute or the end of the tag is expected here.", scan_.at(), "tag",
                         tags_.back());
-    std::string_view name;
-    if (!scan_.readName(name) || !scan_.readEquals() || !entities_.readAttributeValue(scan_))
-      return false;
+    const char* at = scan_.at();
+    std::string_view name = skipPlainAttribute(at, scan_.end());
+    scan_.goTo(at);
+    const bool isDone = !name.empty() || (scan_.readName(name) && scan_.readEquals() &&
+                                          entities_.readAttributeValue(scan_));
+    if (!isDone) return false;
     attributes_.add(name);
   }
   const std::string_view* const twice = attributes_.findTwice();
@@ -202,6 +219,11 @@ inline bool Checker::readClosingTag() {
     return scan_.failHere("The tag closes an element that does not begin in the same entity.");
   const std::string_view tag = tags_.back();
   scan_.goTo(begin + 2);
+  if (scan_.left() > tag.size() && scan_.at()[tag.size()] == '>' && scan_.startsWith(tag)) {
+    scan_.goTo(begin + 2 + tag.size() + 1);
+    tags_.pop_back();
+    return true;
+  }
   const bool isSame = scan_.skip(tag) && skipXmlNameRest(scan_.at(), scan_.end()) == scan_.at();
   if (!isSame)
     return scan_.fail("The tag closes another element than the open one.", begin, "openElement",

@@ -31,6 +31,10 @@ bool isNameStart(char32_t c) noexcept {
   return isIn(kNameStart, c);
 }
 
+bool isPlain(std::uint8_t byte) noexcept {
+  return (byte >= ' ' && byte < 0x80) || byte == '\t' || byte == '\n' || byte == '\r';
+}
+
 // Most text is plain ASCII: 16 bytes at a time, which compilers turn into vector instructions.
 const char* skipPlain(const char* at, const char* end) noexcept {
   using Bytes = std::uint8_t __attribute__((vector_size(16)));
@@ -43,8 +47,9 @@ const char* skipPlain(const char* at, const char* end) noexcept {
     const Bytes odd = (bytes | (space & ' ')) - ' ' >= std::uint8_t{0x80 - ' '};
     std::uint64_t halves[2];
     std::memcpy(halves, &odd, kStep);
-    if ((halves[0] | halves[1]) != 0) return at;
+    if ((halves[0] | halves[1]) != 0) break;
   }
+  while (at != end && isPlain(static_cast<std::uint8_t>(*at))) ++at;
   return at;
 }
 
@@ -54,10 +59,7 @@ const char* findIllegalCharacter(std::string_view text) noexcept {
   const char* at = text.data();
   const char* const end = at + text.size();
   while ((at = skipPlain(at, end)) != end) {
-    // What is not plain comes in groups.
-    constexpr std::ptrdiff_t kGroup = 32;
-    const char* const groupEnd = end - at > kGroup ? at + kGroup : end;
-    while (at < groupEnd) {
+    do {
       const auto byte = static_cast<std::uint8_t>(*at);
       const bool isTwo = byte >= 0xC2 && byte <= 0xDF && end - at >= 2;
       if (isTwo && (at[1] & 0xC0) == 0x80) {  // all of them are allowed
@@ -67,7 +69,7 @@ const char* findIllegalCharacter(std::string_view text) noexcept {
       const Utf8Character c = decodeUtf8({at, static_cast<std::size_t>(end - at)});
       if (!isXmlCharacter(c.value)) return at;
       at += c.size;
-    }
+    } while (at != end && static_cast<std::uint8_t>(*at) >= 0x80);
   }
   return end;
 }

@@ -1,5 +1,7 @@
 #include "xml/xml_scanner.h"
 
+#include <algorithm>
+
 #include "core/ascii_text.h"
 #include "core/log_base.h"
 #include "core/utf8.h"

@@ -2,13 +2,14 @@
 // The parts of XML that stand in documents and in their DTDs alike, for the check of
 // well-formedness.
 
-#include <algorithm>
+#include <bit>
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
 #include <string>
 #include <string_view>
 
+#include "core/byte_order.h"
 #include "xml/xml_chars.h"
 
 namespace zantrel {
@@ -124,10 +125,12 @@ inline const char* findOneOf(const char* at, const char* end) noexcept {
     Bytes bytes;
     std::memcpy(&bytes, at, sizeof bytes);
     const auto found = (bytes == A) | (bytes == B) | (bytes == C);
-    std::uint64_t halves[2];
-    static_assert(sizeof halves == sizeof found);
-    std::memcpy(halves, &found, sizeof halves);
-    if ((halves[0] | halves[1]) != 0) break;
+    std::uint8_t marks[16];
+    std::memcpy(marks, &found, sizeof marks);
+    for (std::size_t half = 0; half != sizeof marks; half += 8) {
+      const auto word = loadWord<std::uint64_t, std::endian::little>(marks + half);
+      if (word != 0) return at + half + static_cast<std::size_t>(std::countr_zero(word)) / 8;
+    }
   }
   while (at != end && *at != A && *at != B && *at != C) ++at;
   return at;
