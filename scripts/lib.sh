@@ -12,8 +12,8 @@ packages_of() {
     sanitize) echo clang llvm libclang-rt-dev ;;
     windows) echo g++-mingw-w64-x86-64-posix googletest wine wine64 ;;
     windows32) echo g++-mingw-w64-i686-posix googletest ;;
-    peers) echo libicu-dev libssl-dev libgmime-3.0-dev libglib2.0-dev zlib1g-dev bzip2 ncompress libbz2-dev 7zip pkg-config ;;
-    bench) echo libbenchmark-dev libbotan-2-dev libcrypto++-dev libdeflate-dev libisal-dev libpugixml-dev libxml2-dev libexpat1-dev python3 pkg-config binutils; packages_of peers ;;
+    peers) echo libicu-dev libssl-dev libgmime-3.0-dev libglib2.0-dev zlib1g-dev bzip2 ncompress libbz2-dev libexpat1-dev libxml2-dev 7zip pkg-config ;;
+    bench) echo libbenchmark-dev libbotan-2-dev libcrypto++-dev libdeflate-dev libisal-dev libpugixml-dev python3 pkg-config binutils; packages_of peers ;;
     format) echo clang-format ;;
     generate) echo python3 unicode-data locales libicu-dev npm ;;
     *) echo "unknown group of packages: $1" >&2; return 1 ;;

@@ -173,7 +173,7 @@ inline bool Checker::readStartTag() {
 inline std::string_view skipPlainAttribute(const char*& at, const char* end) {
   const char* const name = at;
   const char* const nameEnd = skipXmlName(name, end);
-  if (end - nameEnd < 3 || *nameEnd != '=') return {};
+  if (nameEnd == name || end - nameEnd < 3 || *nameEnd != '=') return {};
   const char* const value = nameEnd + 2;
   const char quote = value[-1];
   const char* valueEnd = end;

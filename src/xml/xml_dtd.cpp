@@ -67,12 +67,21 @@ bool XmlDtd::readParameterReference() {
 }
 
 // The text of a parameter entity may use others anywhere, and conditional sections. To follow those
-// would be to expand them: such a text counts as one that cannot be read.
+// would be to expand them: where one is in the way, the text counts as one that cannot be read.
 bool XmlDtd::skipHard() {
-  XmlEntity* const entity = texts_.back().entity();
+  XmlScanner text = texts_.back();
+  XmlEntity* const entity = text.entity();
   if (entity == nullptr) return false;
-  if (entity->text.find('%') == entity->text.npos && entity->text.find("<![") == entity->text.npos)
-    return false;
+  bool isHard = false;
+  if (text.skip("<![")) {
+    text.skipSpace();
+    isHard = text.peek() == '%' || text.startsWith("INCLUDE") || text.startsWith("IGNORE");
+  } else {
+    const bool isBehindPercent = text.at() != entity->text.data() && text.at()[-1] == '%';
+    const bool isPercent = isBehindPercent || text.skip('%');
+    isHard = isPercent && skipXmlName(text.at(), text.end()) != text.at();
+  }
+  if (!isHard) return false;
   fault_ = XmlFault();
   entities_.skipPart();
   entity->asContent = XmlEntity::Check::kDone;

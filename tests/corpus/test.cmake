@@ -1,0 +1,2 @@
+include(ZantrelXmlPeers)
+zantrel_link_xml_peers(${program})
