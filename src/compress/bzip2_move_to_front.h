@@ -4,6 +4,11 @@
 #include <cstddef>
 #include <cstdint>
 
+#include "platform/cpu_features.h"
+#if defined(ZT_X86_64)
+#include "platform/x86_intrinsics.h"
+#endif
+
 namespace zantrel {
 
 /// A list of up to 256 different bytes of which the one used last stands first. Eight positions lie
@@ -34,6 +39,14 @@ class Bzip2MoveToFront {
 
   /// Position of a byte, which must be in the list; it moves to the front.
   unsigned find(std::uint8_t byte) noexcept {
+#if defined(ZT_X86_64)
+    return findInVectors(byte);
+#else
+    return findInWords(byte);
+#endif
+  }
+  /// The same on any processor.
+  unsigned findInWords(std::uint8_t byte) noexcept {
     constexpr std::uint64_t kOnes = 0x0101010101010101;
     const std::uint64_t pattern = kOnes * byte;
     for (unsigned i = 0;; ++i) {
@@ -60,7 +73,32 @@ class Bzip2MoveToFront {
     words_[last] = ((word << 8 | byte) & moved) | (word & ~moved);
   }
 
-  std::uint64_t words_[32] = {};
+#if defined(ZT_X86_64)
+  // Two words at a time, moved on while they are searched.
+  unsigned findInVectors(std::uint8_t byte) noexcept {
+    const __m128i pattern = _mm_set1_epi8(static_cast<char>(byte));
+    __m128i before = _mm_slli_si128(_mm_cvtsi32_si128(byte), 15);
+    for (unsigned i = 0;; i += 2) {
+      auto* const at = reinterpret_cast<__m128i*>(words_ + i);
+      const __m128i bytes = _mm_load_si128(at);
+      const __m128i moved = _mm_or_si128(_mm_slli_si128(bytes, 1), _mm_srli_si128(before, 15));
+      const int equal = _mm_movemask_epi8(_mm_cmpeq_epi8(bytes, pattern));
+      if (equal == 0) {
+        _mm_store_si128(at, moved);
+        before = bytes;
+        continue;
+      }
+      const int place = std::countr_zero(static_cast<unsigned>(equal));
+      const __m128i places = _mm_setr_epi8(0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15);
+      const __m128i stays = _mm_cmpgt_epi8(places, _mm_set1_epi8(static_cast<char>(place)));
+      _mm_store_si128(at,
+                      _mm_or_si128(_mm_and_si128(stays, bytes), _mm_andnot_si128(stays, moved)));
+      return 8 * i + static_cast<unsigned>(place);
+    }
+  }
+#endif
+
+  alignas(16) std::uint64_t words_[32] = {};
   unsigned size_ = 0;
 };
 

@@ -1,5 +1,6 @@
 #pragma once
-// The compiler's vector intrinsics, for files named *_x86, inside `#if defined(ZT_X86_64)`.
+// The compiler's vector intrinsics, inside `#if defined(ZT_X86_64)`: for files named *_x86, and for
+// inline code on SSE2, which every such processor has.
 
 #include "platform/cpu_features.h"
 

@@ -9,6 +9,7 @@
 #include "compress/bzip2_bit_output.h"
 #include "compress/bzip2_engine.h"
 #include "compress/bzip2_huffman.h"
+#include "compress/bzip2_move_to_front.h"
 #include "compress/bzip2_rotation_sort.h"
 #include "compress/noise.h"
 #include "core/data_sink.h"
@@ -84,6 +85,28 @@ TEST(Bzip2Test, ReadsBlocksThatOldEncodersDisturbed) {
   for (std::size_t i = 0; i < outcome.out.size(); ++i)
     disturbed += outcome.out[i] != static_cast<char>(4 * i);
   EXPECT_EQ(disturbed, std::stoul(row[2]));
+}
+
+TEST(Bzip2Test, MovesToTheFrontAlikeWithVectorsAndWithout) {
+  for (const unsigned size : {1U, 7U, 8U, 15U, 16U, 17U, 100U, 255U, 256U}) {
+    Bzip2MoveToFront vectors, words;
+    std::string plain;
+    for (unsigned byte = 0; byte < size; ++byte) {
+      vectors.append(static_cast<std::uint8_t>(byte));
+      words.append(static_cast<std::uint8_t>(byte));
+      plain += static_cast<char>(byte);
+    }
+    Bzip2MoveToFront positions = vectors;
+    for (const char c : noise(2000, size, size)) {
+      const auto byte = static_cast<std::uint8_t>(c);
+      const std::size_t place = plain.find(c);
+      ASSERT_EQ(vectors.find(byte), place) << size;
+      ASSERT_EQ(words.findInWords(byte), place) << size;
+      ASSERT_EQ(positions.take(static_cast<unsigned>(place)), byte) << size;
+      std::rotate(plain.begin(), plain.begin() + static_cast<std::ptrdiff_t>(place),
+                  plain.begin() + static_cast<std::ptrdiff_t>(place) + 1);
+    }
+  }
 }
 
 TEST(Bzip2Test, RestoresRunsOfEveryLengthHoweverTheyAreCut) {
