@@ -45,6 +45,14 @@ TYPES = {
     "datetime": Type("const DateTime&", "DateTime&", "DateTime", "", "DateTime{2026, 11, 22}",
                      "date and time"),
 }
+
+
+def type_of(name):
+    """The type of that name. What is not in the table is a component: an object of it is given by
+    reference and comes as a pointer, null after a failure."""
+    return TYPES.get(name) or Type(f"{name}&", "", f"std::unique_ptr<{name}>", "", "", "")
+
+
 EVENTS = {
     "PercentDone": "The completed share of a running method rose.",
     "AbortCheck": "A running method asks whether to stop: at most once per HeartbeatMs, and only "
@@ -69,8 +77,12 @@ class Param:
     name: str
     out: bool
 
+    @property
+    def is_object(self):
+        return self.type not in TYPES
+
     def declare(self):
-        form = TYPES[self.type].out if self.out else TYPES[self.type].into
+        form = type_of(self.type).out if self.out else type_of(self.type).into
         return f"{form} {self.name}"
 
 
@@ -115,7 +127,13 @@ class Member:
     @property
     def native(self):
         """What the native member is called, without get_ and put_."""
-        return self.name + ("X" if self.produces or self.suffixed or not self.readable else "")
+        made = self.produces or self.makes_object
+        return self.name + ("X" if made or self.suffixed or not self.readable else "")
+
+    @property
+    def makes_object(self):
+        """Whether the native method sets a new object, and the result is that."""
+        return self.type not in TYPES
 
     @property
     def produces(self):
@@ -137,6 +155,8 @@ class Component:
     native: str = ""
     header: str = ""
     value: bool = False  # a plain value without log and common members
+    setter: str = "put"  # what the names of native setters begin with
+    is_object: bool = False  # objects of it are given to methods, or come from them
     doc: list = dataclasses.field(default_factory=list)
     sections: list = dataclasses.field(default_factory=list)
     events: list = dataclasses.field(default_factory=list)
@@ -156,6 +176,12 @@ class Component:
     def of(self, what):
         return [m for m in self.members if m.what == what]
 
+    @property
+    def objects(self):
+        """The components whose objects its methods take or give, by name."""
+        names = {m.type for m in self.members} | {p.type for m in self.members for p in m.params}
+        return sorted(names - TYPES.keys())
+
 
 def snake(name):
     return re.sub(r"(?<=[a-z0-9])(?=[A-Z])", "_", name).lower()
@@ -172,10 +198,11 @@ PARAM = re.compile(r"(out )?(\w+) (\w+)")
 class Reader:
     """Reads one description; every error names file and line."""
 
-    def __init__(self, path, root, common):
+    def __init__(self, path, root, common, objects=()):
         self.file = path.relative_to(root).as_posix()
         self.text = path.read_text(encoding="utf-8")
         self.common = common
+        self.objects = objects
         self.component = Component(self.file)
         self.names = {}
         self.line = 0
@@ -219,6 +246,8 @@ class Reader:
 
     def head(self, rest, word):
         fields = rest.split()
+        if len(fields) == 4 and fields[3] == "set":
+            self.component.setter = fields.pop()
         if len(fields) != 3:
             self.fail(f"{word} needs a name, a native class and its header")
         if self.component.name:
@@ -250,8 +279,8 @@ class Reader:
         self.component.sections.append(Section(rest))
         return self.component.sections[-1].doc
 
-    def type(self, name):
-        if name not in TYPES:
+    def type(self, name, objects=()):
+        if name not in TYPES and name not in objects:
             self.fail(f'unknown type "{name}"')
         return name
 
@@ -298,7 +327,7 @@ class Reader:
         if not match:
             self.fail("a method is: method TYPE Name(TYPE name, out TYPE name, ...) [progress]")
         type_name, name, params, flags = match.groups()
-        member = Member("method", self.type(type_name), name, self.line)
+        member = Member("method", self.type(type_name, self.objects), name, self.line)
         member.progress, member.const = "progress" in flags.split(), "const" in flags.split()
         member.kind = "common" if "common" in flags.split() else ""
         member.suffixed = "suffixed" in flags.split()
@@ -308,7 +337,8 @@ class Reader:
             param = PARAM.fullmatch(text)
             if not param:
                 self.fail(f'"{text}" is no parameter: TYPE name or out TYPE name')
-            member.params.append(Param(self.type(param[2]), param[3], bool(param[1])))
+            objects = () if param[1] else self.objects
+            member.params.append(Param(self.type(param[2], objects), param[3], bool(param[1])))
         if any(p.out for p in member.params) and member.type != "bool":
             self.fail("a method with an output returns bool")
         return self.add(member)
@@ -319,15 +349,18 @@ def read_all(root):
     common_path = folder / "common.api"
     common = Reader(common_path, root, None).read() if common_path.exists() else None
     components = []
-    for path in sorted(folder.glob("*.api")):
-        if path == common_path:
-            continue
-        component = Reader(path, root, common).read()
+    paths = [path for path in sorted(folder.glob("*.api")) if path != common_path]
+    objects = {path.stem for path in paths}
+    for path in paths:
+        component = Reader(path, root, common, objects).read()
         if not component.name:
             raise ApiError(component.file, 1, "no component row")
         if component.name != path.stem:
             raise ApiError(component.file, 1, f"describes {component.name}")
         components.append(component)
+    used = {name for component in components for name in component.objects}
+    for component in components:
+        component.is_object = component.name in used
     return components
 
 
@@ -372,8 +405,9 @@ def text_overload(member):
 def header(component):
     out = [generated(component), "#pragma once", "", "#include <zantrel/types.h>", "",
            "namespace Zantrel {", ""]
-    out += comment(component.doc)
     name = component.name
+    out += [f"class {other};" for other in component.objects if other != name] + [""]
+    out += comment(component.doc)
     out += [f"class ZANTREL_API {name} final {{", " public:", f"  {name}() noexcept;"]
     if component.value:
         out.append(f"  explicit {name}(Text text) noexcept;")
@@ -393,21 +427,23 @@ def header(component):
     out += ["", " private:"]
     if component.value:
         out += ["  friend class Text;"]
+    if component.is_object:
+        out += ["  friend struct ::zantrel::facade::Access;"]
     out += ["  struct Impl;", "  mutable std::unique_ptr<Impl> impl_;", "};", "",
             "}  // namespace Zantrel", ""]
     return squeeze(out)
 
 
 def property_header(member):
-    out = [f"  {TYPES[member.type].result} get_{member.name}() const;"] if member.readable else []
+    out = [f"  {type_of(member.type).result} get_{member.name}() const;"] if member.readable else []
     if member.writable:
-        out.append(f"  {member.put_result} put_{member.name}({TYPES[member.type].into} value);")
+        out.append(f"  {member.put_result} put_{member.name}({type_of(member.type).into} value);")
     return out
 
 
 def method_header(member):
     tail = " const;" if member.const else ";"
-    out = breakable(f"{TYPES[member.type].result} {member.name}",
+    out = breakable(f"{type_of(member.type).result} {member.name}",
                     [p.declare() for p in member.params], tail, "  ")
     if member.produces:
         out.append("  /// The same into the caller's variable, whose capacity is reused; false on failure.")
@@ -427,15 +463,19 @@ def squeeze(lines):
 def facade(component):
     name = component.name
     runtime = "facade/value.h" if component.value else "facade/common_members.h"
-    out = [generated(component), f"#include <zantrel/{component.stem}.h>", "",
-           f'#include "{component.header}"', f'#include "{runtime}"', "", "namespace Zantrel {", "",
-           "namespace facade = zantrel::facade;"]
+    headers = {component.header, runtime} | {f"facade/{snake(o)}_impl.h" for o in component.objects}
+    if component.is_object:
+        headers.add(f"facade/{component.stem}_impl.h")
+    out = [generated(component), f"#include <zantrel/{component.stem}.h>", ""]
+    out += [f'#include "{path}"' for path in sorted(headers)]
+    out += ["", "namespace Zantrel {", "", "namespace facade = zantrel::facade;"]
     if any(m.what == "property" and m.has_field for m in component.members):
         out.append(f"using zantrel::{component.settings};")
     out.append(f"using zantrel::{component.native};")
     base = "Value" if component.value else "Holder"
-    out += ["", f"struct {name}::Impl final : facade::{base}<{component.native}> {{}};", "",
-            f"{name}::{name}() noexcept : impl_(facade::create<Impl>()) {{}}"]
+    if not component.is_object:
+        out += ["", f"struct {name}::Impl final : facade::{base}<{component.native}> {{}};"]
+    out += ["", f"{name}::{name}() noexcept : impl_(facade::create<Impl>()) {{}}"]
     if component.value:
         out += [f"{name}::{name}(Text text) noexcept : {name}() {{", "  setFromUtf8(text);", "}"]
     out += [f"{name}::~{name}() = default;", f"{name}::{name}({name}&&) noexcept = default;",
@@ -454,7 +494,7 @@ def facade(component):
 
 
 def property_facade(component, member):
-    result, into = TYPES[member.type].result, TYPES[member.type].into
+    result, into = type_of(member.type).result, type_of(member.type).into
     impl = ["impl_"] if member.common else ["impl_", f'"{member.name}"']
     get, put = f"get_{member.name}", f"put_{member.name}"
     getter, setter = [], []
@@ -462,7 +502,7 @@ def property_facade(component, member):
         field = f"&{component.settings}::{member.field}"
         native = f"&{component.native}::"
         getter = [field if member.has_field else f"{native}{get}"]
-        setter = [field if member.kind == "stored" else f"{native}put_{member.native}"]
+        setter = [field if member.kind == "stored" else f"{native}{component.setter}_{member.native}"]
         get, put = f"get<{result}>", "put"
     out = []
     if member.readable:
@@ -477,12 +517,12 @@ def property_facade(component, member):
 
 def method_facade(component, member):
     params = text_overload(member) if member.produces else member.params
-    result = "bool" if member.produces else TYPES[member.type].result
+    result = "bool" if member.produces else type_of(member.type).result
     tail = " const {" if member.const else " {"
     names = [p.name for p in params]
     out = []
     if member.produces:
-        own = TYPES[member.type].result
+        own = type_of(member.type).result
         out = breakable(f"{own} {component.name}::{member.name}",
                         [p.declare() for p in member.params], tail)
         out += [f"  {own} out;", f"  {member.name}({', '.join(names)});", "  return out;", "}", ""]
@@ -494,9 +534,24 @@ def method_facade(component, member):
         handlers = "facade::Handlers{" + ", ".join(
             f"&On{e}" if e in component.events else "nullptr" for e in EVENTS) + "}"
         extra = [handlers] if member.progress else []
-        out += breakable("  return facade::call", ["impl_", f'"{member.name}"', native] + names + extra,
-                         ";")
+        given = ["impl_", f'"{member.name}"', native] + names
+        if member.makes_object:
+            out.append(f"  {member.type} out;")
+            out += breakable("  return facade::make", ["out"] + given + ["out"] + extra, ";")
+        else:
+            out += breakable("  return facade::call", given + extra, ";")
     return out + ["}"]
+
+
+def object_header(component):
+    """What other public classes need to know of one whose objects their methods take or give."""
+    native = component.native
+    return squeeze([generated(component), "#pragma once", "",
+                    f"#include <zantrel/{component.stem}.h>", "",
+                    *(f'#include "{h}"' for h in sorted(["facade/holder.h", component.header])), "",
+                    "namespace Zantrel {", "",
+                    f"struct {component.name}::Impl final : zantrel::facade::Holder<zantrel::{native}> {{}};",
+                    "", "}  // namespace Zantrel", ""])
 
 
 def settings(component):
@@ -513,7 +568,7 @@ def settings(component):
             default = "" if default in ("", '""') else f"{{{default}}}"
         elif default:
             default = f" = {default}"
-        out.append(f"  {TYPES[member.type].field} {member.field}{default};")
+        out.append(f"  {type_of(member.type).field} {member.field}{default};")
     return squeeze(out + ["};", "", "}  // namespace zantrel", ""])
 
 
@@ -537,11 +592,11 @@ def reference(component):
                 if not member.readable:
                     access = "write only: the property in another form"
                 out += ["", f"### {member.name}", "",
-                        f"Property, {TYPES[member.type].words}, {access}{default}.", ""]
+                        f"Property, {type_of(member.type).words}, {access}{default}.", ""]
             else:
                 params = ", ".join(p.declare() for p in member.params)
                 out += ["", f"### {member.name}", "",
-                        f"`{TYPES[member.type].result} {member.name}({params})`", ""]
+                        f"`{type_of(member.type).result} {member.name}({params})`", ""]
             out += [paragraph(member.doc), ""]
             if member.what == "method" and member.progress:
                 out += ["Raises events while it runs, and can be aborted by them.", ""]
@@ -582,7 +637,7 @@ def surface_test(component):
         out += [f"TEST({name}SurfaceTest, StoredPropertiesGiveBackWhatWasPut) {{",
                 f"  {name} object;"]
         for m in stored:
-            sample = "false" if m.default == "true" else TYPES[m.type].sample
+            sample = "false" if m.default == "true" else type_of(m.type).sample
             out.append(f"  object.put_{m.name}({sample});")
             out.append({"true": f"  EXPECT_TRUE(object.get_{m.name}());",
                         "false": f"  EXPECT_FALSE(object.get_{m.name}());"}.get(
@@ -611,10 +666,12 @@ def literal(member):
 
 def test_row(name, member):
     """One row: the method's name and a call that tells whether it gave a success value."""
-    outs = [p for p in member.params if p.out]
-    lines = [f"       {TYPES[p.type].result} {p.name}{{}};" for p in outs]
-    call = f"object.{member.name}({', '.join(p.name if p.out else argument(p) for p in member.params)})"
-    test = {"text": f"!{call}.empty()", "bytes": f"!{call}.empty()", "bool": call,
+    outs = [p for p in member.params if p.out or p.is_object]
+    lines = [f"       {p.type} {p.name};" if p.is_object else
+             f"       {type_of(p.type).result} {p.name}{{}};" for p in outs]
+    given = ", ".join(p.name if p in outs else argument(p) for p in member.params)
+    call = f"object.{member.name}({given})"
+    test = f"{call} != nullptr" if member.makes_object else {"text": f"!{call}.empty()", "bytes": f"!{call}.empty()", "bool": call,
             "datetime": f"{call} != DateTime{{}}"}.get(member.type, f"{call} != 0")
     head = f'    {{"{member.name}",'
     short = f"[]({name}& object) {{ return {test}; }}}},"
@@ -638,6 +695,8 @@ def outputs(components):
     for c in components:
         files[f"include/zantrel/{c.stem}.h"] = header(c)
         files[f"src/facade/{c.stem}.cpp"] = facade(c)
+        if c.is_object:
+            files[f"src/facade/{c.stem}_impl.h"] = object_header(c)
         files[f"docs/reference/{c.name}.md"] = reference(c)
         files[f"tests/facade/{c.stem}_surface_test.cpp"] = surface_test(c)
         fields = settings(c)

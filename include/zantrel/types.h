@@ -23,6 +23,10 @@
 #define ZANTREL_API __attribute__((visibility("default")))
 #endif
 
+namespace zantrel::facade {
+struct Access;  // how one public class of the library reaches the inside of another
+}
+
 namespace Zantrel {
 
 class ZtString;

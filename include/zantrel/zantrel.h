@@ -7,4 +7,5 @@
 #include <zantrel/crypt2.h>
 #include <zantrel/gzip.h>
 #include <zantrel/types.h>
+#include <zantrel/xml.h>
 #include <zantrel/zt_string.h>

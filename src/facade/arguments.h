@@ -15,6 +15,7 @@
 #include "core/data_buffer.h"
 #include "core/xstring.h"
 #include "facade/event_bridge.h"
+#include "facade/guard.h"
 #include "platform/clock.h"
 
 namespace zantrel::facade {
@@ -49,9 +50,10 @@ constexpr bool overlaps(const Other&, const Zantrel::Bytes&) noexcept {
   return false;
 }
 
-/// What all arguments share: by default there is no limit and nothing to bring back.
+/// What all arguments share: by default there is something, no limit, and nothing to bring back.
 class PlainArgument {
  public:
+  bool present() const noexcept { return true; }
   bool fits() const noexcept { return true; }
   std::uint64_t size() const noexcept { return 0; }
   /// Makes the native form. Gets EnableEvents and all that was given to the call.
@@ -313,15 +315,20 @@ void clearOutput(T& out) noexcept {
 template <class T>
 void clearOutput(const T&) noexcept {}
 
-/// Converts what was given, calls, and brings the outputs back. `refuse` is told the size of input
-/// that the native types cannot hold; then nothing is called.
+/// Converts what was given, calls, and brings the outputs back. `refuse` is told why, and the size
+/// of input that the native types cannot hold; then nothing is called.
 template <class Native, class R, class... P, class Refuse, class... A, std::size_t... I>
 R callNative(Native& native, R (Native::*method)(P...), const bool& enableEvents,
              const Refuse& refuse, std::index_sequence<I...>, A&... given) {
   static_assert(sizeof...(P) == sizeof...(A), "the API description and the component differ");
   [[maybe_unused]] std::tuple<Argument<P, std::remove_cv_t<A>>...> arguments(given...);
-  if (!(std::get<I>(arguments).fits() && ...)) {
-    refuse(std::max({std::uint64_t{0}, std::get<I>(arguments).size()...}));
+  const bool present = (std::get<I>(arguments).present() && ...);
+  if (!present || !(std::get<I>(arguments).fits() && ...)) {
+    if (present) {
+      refuse(kTooLarge, std::max({std::uint64_t{0}, std::get<I>(arguments).size()...}));
+    } else {
+      refuse(kArgumentMovedFrom, std::uint64_t{0});
+    }
     (clearOutput(given), ...);
     return R{};
   }

@@ -22,6 +22,7 @@ void reportRefusedCall(Component& component, const char* name, const char* reaso
 void reportRefusedValue(Component& component, const char* name, const char* reason);
 
 inline constexpr char kMovedFrom[] = "This object was moved from and has no component.";
+inline constexpr char kArgumentMovedFrom[] = "An object given to the method was moved from.";
 inline constexpr char kTooLarge[] = "The input is larger than the library can hold in memory.";
 
 /// Runs a body; false when it threw.

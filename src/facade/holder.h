@@ -41,6 +41,27 @@ Impl* ownerOf(std::unique_ptr<Impl>& impl) noexcept {
   return impl.get();
 }
 
+/// The inside of a public object; classes befriend it whose objects others take or give.
+struct Access {
+  template <class Public>
+  static auto& impl(Public& object) noexcept {
+    return object.impl_;
+  }
+};
+
+/// An object given to a method, or made by it: its component.
+template <class Native, class Public>
+requires std::is_base_of_v<Component, Native>
+class Argument<Native&, Public> : public PlainArgument {
+ public:
+  explicit Argument(Public& object) noexcept : owner_(ownerOf(Access::impl(object))) {}
+  bool present() const noexcept { return owner_ != nullptr && !owner_->movedFrom; }
+  Native& native() noexcept { return owner_->native; }
+
+ private:
+  Holder<Native>* owner_;
+};
+
 template <class Impl, class R, class Native, class... P, class... A>
 R call(std::unique_ptr<Impl>& impl, const char* name, R (Native::*method)(P...),
        A&&... given) noexcept {
@@ -51,14 +72,23 @@ R call(std::unique_ptr<Impl>& impl, const char* name, R (Native::*method)(P...),
                         reportRefusedCall(owner->native, name, kMovedFrom, 0);
                         (clearOutput(given), ...);
                       } else {
-                        const auto refuse = [&](std::uint64_t numBytes) {
-                          reportRefusedCall(owner->native, name, kTooLarge, numBytes);
+                        const auto refuse = [&](const char* reason, std::uint64_t numBytes) {
+                          reportRefusedCall(owner->native, name, reason, numBytes);
                         };
                         result = callNative(owner->native, method, owner->enableEvents, refuse,
                                             std::index_sequence_for<A...>{}, given...);
                       }
                     });
   if (!done) (clearOutput(given), ...);
+  return result;
+}
+
+/// A method that sets a new object, which is among its arguments: gives that object, or null.
+template <class Public, class... A>
+std::unique_ptr<Public> make(Public& out, A&&... arguments) noexcept {
+  std::unique_ptr<Public> result;
+  if (call(std::forward<A>(arguments)...))
+    (void)thrownBy([&] { result = std::make_unique<Public>(std::move(out)); });
   return result;
 }
 

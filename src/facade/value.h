@@ -28,8 +28,8 @@ R call(std::unique_ptr<Impl>& impl, const char*, R (Native::*method)(P...), A&&.
   const std::exception_ptr thrown = thrownBy([&] {
     if (!impl) impl = std::make_unique<Impl>();
     result = callNative(
-        impl->native, method, true, [](std::uint64_t) {}, std::index_sequence_for<A...>{},
-        given...);
+        impl->native, method, true, [](const char*, std::uint64_t) {},
+        std::index_sequence_for<A...>{}, given...);
   });
   if (thrown) {
     (clearOutput(given), ...);

@@ -1,6 +1,7 @@
 #include "xml/attribute_set.h"
 
 #include <algorithm>
+#include <bit>
 #include <cstring>
 #include <memory>
 #include <new>
@@ -8,14 +9,31 @@
 
 namespace zantrel {
 
+namespace {
+
+// Room for a text: up to an eighth more than it needs, so that one to which little pieces are added
+// is not copied each time. The same for all sizes up to it, so that it need not be kept.
+std::size_t roomFor(std::size_t size) {
+  const std::size_t step = std::bit_floor(size | 16) / 8;
+  return (size + step - 1) / step * step;
+}
+
+}  // namespace
+
 void XmlSlice::assign(const char*& text, std::uint32_t& size, std::string_view first,
                       std::string_view second) {
   const std::size_t whole = first.size() + second.size();
   if (whole >= kOwned) throw std::bad_alloc();
+  const bool isAppend = (size & kOwned) != 0 && first.data() == text &&
+                        first.size() == view(text, size).size() && !second.empty();
+  if (isAppend && whole <= roomFor(first.size())) {
+    std::memcpy(const_cast<char*>(text) + first.size(), second.data(), second.size());
+    size = static_cast<std::uint32_t>(whole) | kOwned;
+    return;
+  }
   std::unique_ptr<char[]> copy;
-  if (whole != 0) copy.reset(new char[whole + kSlack]);
-  if (!first.empty()) std::memcpy(copy.get(), first.data(), first.size());
-  if (!second.empty()) std::memcpy(copy.get() + first.size(), second.data(), second.size());
+  if (whole != 0) copy.reset(new char[roomFor(whole) + kSlack]);
+  std::copy(second.begin(), second.end(), std::copy(first.begin(), first.end(), copy.get()));
   release(text, size);
   if (whole == 0) return;
   text = copy.release();
@@ -73,6 +91,21 @@ void AttributeSet::remove(std::size_t i) {
   --list_->count;
 }
 
+bool AttributeSet::removeAll(std::string_view name) {
+  if (find(name) < 0) return false;
+  Attribute* kept = list_->items();
+  for (Attribute* item = kept; item != end(); ++item) {
+    if (item->nameView() != name) {
+      *kept++ = *item;
+      continue;
+    }
+    XmlSlice::release(item->name, item->nameSize);
+    XmlSlice::release(item->value, item->valueSize);
+  }
+  list_->count = static_cast<std::uint32_t>(kept - list_->items());
+  return true;
+}
+
 void AttributeSet::clear() {
   if (list_ == nullptr) return;
   for (Attribute* item = list_->items(); item != end(); ++item) {
@@ -91,6 +124,15 @@ void AttributeSet::copyFrom(const AttributeSet& other) {
 
 void AttributeSet::swap(AttributeSet& other) noexcept {
   std::swap(list_, other.list_);
+}
+
+void AttributeSet::ownAll() {
+  if (list_ == nullptr) return;
+  if (list_->capacity == 0) makeRoom();
+  for (Attribute* item = list_->items(); item != end(); ++item) {
+    XmlSlice::assign(item->name, item->nameSize, item->nameView());
+    XmlSlice::assign(item->value, item->valueSize, item->valueView());
+  }
 }
 
 void AttributeSet::borrow(void* memory, const Attribute* attributes, std::size_t count) {

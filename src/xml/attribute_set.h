@@ -59,9 +59,13 @@ class AttributeSet final {
   /// Adds to the end of a value.
   void appendValue(std::size_t i, std::string_view text);
   void remove(std::size_t i);
+  /// Removes all of a name; false when there is none.
+  bool removeAll(std::string_view name);
   void clear();
   void copyFrom(const AttributeSet& other);
   void swap(AttributeSet& other) noexcept;
+  /// Copies what is somebody else's.
+  void ownAll();
 
   // For the parser: a list in memory of somebody else, with the texts in the document's.
   static std::size_t listBytes(std::size_t count) {

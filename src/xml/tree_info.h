@@ -14,6 +14,8 @@ struct TreeInfo {
   TreeNode* root = nullptr;
   /// Handles on nodes of the tree.
   std::uint32_t handles = 0;
+  /// Tells trees apart; 0 until somebody has asked.
+  std::int32_t id = 0;
   /// Its attributes are version, encoding and standalone, as far as they are given; null when the
   /// document has no declaration.
   TreeNode* declaration = nullptr;

@@ -88,6 +88,10 @@ void TreeNode::growChildren() {
   flags_ |= kOwnChildren;
 }
 
+void TreeNode::makeRoomForChild() {
+  growChildren();
+}
+
 void TreeNode::insertChild(std::size_t at, TreeNode* child) {
   growChildren();
   std::copy_backward(children_ + at, children_ + childCount_, children_ + childCount_ + 1);
@@ -105,21 +109,54 @@ TreeNode* TreeNode::takeChild(std::size_t i) {
   return taken;
 }
 
-void TreeNode::swapContent(TreeNode& other) {
+// What the node holds is no longer the arena's, so that a node of another one can have it.
+void TreeNode::ownData() {
+  setTag(tag());
+  setContent(content());
+  attributes_.ownAll();
+}
+
+void TreeNode::ownChildren() {
+  if ((flags_ & kOwnChildren) != 0 || childCount_ == 0) return;
+  XmlArena::noteOwner(this);
+  auto** const list = new TreeNode*[std::bit_ceil(childCount_)];
+  std::copy(children_, children_ + childCount_, list);
+  children_ = list;
+  flags_ |= kOwnChildren;
+}
+
+void TreeNode::swapFlags(TreeNode& other, unsigned which) {
+  const unsigned difference = (flags_ ^ other.flags_) & which;
+  flags_ = static_cast<std::uint8_t>(flags_ ^ difference);
+  other.flags_ = static_cast<std::uint8_t>(other.flags_ ^ difference);
+}
+
+void TreeNode::swapData(TreeNode& other) {
   if (this == &other) return;
   XmlArena::noteOwner(this);
   XmlArena::noteOwner(&other);
-  constexpr unsigned kOfContent = kCdata | kOwnChildren;
-  const unsigned difference = (flags_ ^ other.flags_) & kOfContent;
-  flags_ = static_cast<std::uint8_t>(flags_ ^ difference);
-  other.flags_ = static_cast<std::uint8_t>(other.flags_ ^ difference);
+  if (&XmlArena::of(this) != &XmlArena::of(&other)) {
+    ownData();
+    other.ownData();
+  }
+  swapFlags(other, kCdata);
   std::swap(tag_, other.tag_);
   std::swap(tagSize_, other.tagSize_);
   std::swap(content_, other.content_);
   std::swap(contentSize_, other.contentSize_);
+  attributes_.swap(other.attributes_);
+}
+
+void TreeNode::swapContent(TreeNode& other) {
+  if (this == &other) return;
+  if (&XmlArena::of(this) != &XmlArena::of(&other)) {
+    ownChildren();
+    other.ownChildren();
+  }
+  swapData(other);
+  swapFlags(other, kOwnChildren);
   std::swap(children_, other.children_);
   std::swap(childCount_, other.childCount_);
-  attributes_.swap(other.attributes_);
   for (TreeNode* node : {this, &other})
     for (std::size_t i = 0; i < node->childCount_; ++i) node->children_[i]->above_ = node;
 }

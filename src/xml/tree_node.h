@@ -53,9 +53,13 @@ class TreeNode final {
   /// A node of the same store that is in no tree becomes child number `at`.
   void insertChild(std::size_t at, TreeNode* child);
   void appendChild(TreeNode* child) { insertChild(childCount_, child); }
+  /// Gets memory for another child, so that the next insertChild() cannot fail.
+  void makeRoomForChild();
   /// Takes a child out; it is then in no tree.
   TreeNode* takeChild(std::size_t i);
-  /// Exchanges tag, content, attributes and children with a node of the same store that is neither
+  /// Exchanges tag, content and attributes with any node of the same store.
+  void swapData(TreeNode& other);
+  /// Exchanges these and the children with a node of the same store that is neither
   /// above nor below this one.
   void swapContent(TreeNode& other);
   /// The children themselves, to be reordered; noteOrder() then tells them their places.
@@ -101,6 +105,9 @@ class TreeNode final {
   void set(const char*& text, std::uint32_t& size, std::string_view first,
            std::string_view second = {});
   void growChildren();
+  void ownData();
+  void ownChildren();
+  void swapFlags(TreeNode& other, unsigned which);
 
   std::uint8_t validity_ = kAlive;
   std::uint8_t flags_ = 0;

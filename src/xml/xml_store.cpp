@@ -155,9 +155,15 @@ TreeInfo* XmlStore::newTreeWithoutHandles(TreeNode* root) {
 
 TreeInfo* XmlStore::newTree(TreeNode* root) {
   TreeInfo* const tree = newTreeWithoutHandles(root);
-  for (TreeNode* node = root; node != nullptr; node = node->next(root))
-    tree->handles += node->handles_;
+  tree->handles = handlesOn(root);
   return tree;
+}
+
+std::uint32_t XmlStore::handlesOn(const TreeNode* top) {
+  std::uint32_t handles = 0;
+  for (const TreeNode* node = top; node != nullptr; node = node->next(top))
+    handles += node->handles_;
+  return handles;
 }
 
 TreeNode* XmlStore::copy(const TreeNode* node) {
@@ -216,12 +222,56 @@ void XmlStore::end(TreeInfo* tree) {
   end(dissolve(tree));
 }
 
-void XmlStore::hold(TreeNode* node) {
-  ++node->handles_;
-  if (TreeInfo* const tree = node->tree()) ++tree->handles;
+// Handles have left a tree, with nodes or by themselves.
+void XmlStore::leave(TreeInfo* tree, std::uint32_t handles) {
+  if (handles == 0) return;
+  tree->handles -= handles;
+  if (tree->handles == 0) end(tree);
 }
 
-void XmlStore::release(TreeNode* node) {
+TreeInfo* XmlStore::detach(TreeNode* node) {
+  TreeInfo* const before = node->tree();
+  TreeInfo* const tree = newTree(node->parent()->takeChild(node->index()));
+  ++shape_;
+  leave(before, tree->handles);
+  return tree;
+}
+
+void XmlStore::remove(TreeNode* node) {
+  if (handlesOn(node) != 0)
+    detach(node);
+  else
+    end(node->parent()->takeChild(node->index()));
+}
+
+void XmlStore::attach(TreeNode* parent, std::size_t at, TreeInfo* tree) {
+  TreeInfo* const target = parent->tree();
+  const std::uint32_t handles = tree->handles;
+  parent->makeRoomForChild();
+  parent->insertChild(at, dissolve(tree));
+  target->handles += handles;
+  ++shape_;
+}
+
+void XmlStore::swap(TreeNode* a, TreeNode* b) {
+  TreeInfo* const treeA = a->tree();
+  TreeInfo* const treeB = b->tree();
+  a->swapContent(*b);
+  if (treeA == treeB) return;
+  // Handles on the two stay there, those below them go with what they are on.
+  const std::uint32_t toA = handlesOn(a) - a->handles_;
+  const std::uint32_t toB = handlesOn(b) - b->handles_;
+  treeA->handles += toA - toB;
+  treeB->handles += toB - toA;
+  ++shape_;
+}
+
+void XmlStore::hold(TreeNode* node, TreeInfo* tree) {
+  ++node->handles_;
+  if (tree != nullptr) ++tree->handles;
+}
+
+void XmlStore::release(TreeNode* node, TreeInfo* tree) {
   XmlArena& arena = XmlArena::of(node);
   --node->handles_;
   if (!node->isAlive()) {
@@ -230,8 +280,7 @@ void XmlStore::release(TreeNode* node) {
     arena.store_->dropIfEmpty(arena);
     return;
   }
-  TreeInfo* const tree = node->tree();
-  if (tree != nullptr && --tree->handles == 0) arena.store_->end(tree);
+  if (tree != nullptr) arena.store_->leave(tree, 1);
 }
 
 void XmlStore::absorb(XmlStore& other) {
@@ -242,8 +291,15 @@ void XmlStore::absorb(XmlStore& other) {
     if (arena->live_ != 0) arenas_.push_back(std::move(arena));
   }
   other.arenas_.clear();
+  shape_ = std::max(shape_, other.shape_) + 1;
   other.absorberRef_ = Ref(this);
   other.absorber_.store(this, std::memory_order_release);
+}
+
+XmlStore& XmlStore::join(XmlStore& a, XmlStore& b) {
+  XmlStore& larger = a.arenas_.size() >= b.arenas_.size() ? a : b;
+  larger.absorb(&larger == &a ? b : a);
+  return larger;
 }
 
 // Arenas come and go with whole documents, so that there are few of them.

@@ -102,6 +102,8 @@ class XmlStore final {
       std::swap(store_, other.store_);
       return *this;
     }
+    /// How many keep the store, this one included.
+    std::uint32_t holders() const { return store_->holders_.load(std::memory_order_acquire); }
     ~Ref() {
       if (store_ != nullptr && store_->holders_.fetch_sub(1, std::memory_order_acq_rel) == 1)
         delete store_;
@@ -142,13 +144,40 @@ class XmlStore final {
   /// The root becomes a node of no tree; declaration and the rest end.
   static TreeNode* dissolve(TreeInfo* tree);
 
-  /// A handle is put on a node, or leaves it. A tree that the last one leaves ends.
-  static void hold(TreeNode* node);
-  static void release(TreeNode* node);
+  // Edits that keep what handles are on. They take no locks.
+
+  /// A node that has a parent becomes, with all below it, a tree of its own. The tree that it was
+  /// in ends if no handle is left there.
+  TreeInfo* detach(TreeNode* node);
+  /// Takes a node that has a parent out of its tree: with handles on it or below it becomes a tree
+  /// of its own, else it ends.
+  void remove(TreeNode* node);
+  /// A tree of this store becomes child number `at` of a node of another one; what belongs to its
+  /// root alone ends.
+  void attach(TreeNode* parent, std::size_t at, TreeInfo* tree);
+  /// Two nodes, neither above the other, exchange all that they hold.
+  void swap(TreeNode* a, TreeNode* b);
+
+  /// A handle is put on a node, or leaves it. A tree that the last one leaves ends. Who knows the
+  /// tree need not have it looked for.
+  static void hold(TreeNode* node) { hold(node, node->tree()); }
+  static void hold(TreeNode* node, TreeInfo* tree);
+  static void release(TreeNode* node) { release(node, node->isAlive() ? node->tree() : nullptr); }
+  static void release(TreeNode* node, TreeInfo* tree);
+  /// A handle goes from one node to another of the same tree.
+  static void moveHandle(TreeNode* from, TreeNode* to) {
+    ++to->handles_;
+    --from->handles_;
+  }
+  /// Changes whenever a node that may have a handle gets into another tree.
+  std::uint64_t shape() const { return shape_; }
 
   /// Takes over all that another store has. Both must be current, and locked where others may use
   /// them.
   void absorb(XmlStore& other);
+  /// The store that two become, by the rules of absorb(): the larger takes over the other, so that
+  /// none is far from what it has become part of.
+  static XmlStore& join(XmlStore& a, XmlStore& b);
 
   std::size_t memoryBytes() const;
 
@@ -156,11 +185,14 @@ class XmlStore final {
   XmlStore();
   ~XmlStore() = default;
   void dropIfEmpty(XmlArena& arena);
+  static std::uint32_t handlesOn(const TreeNode* top);
+  void leave(TreeInfo* tree, std::uint32_t handles);
 
   std::atomic<std::uint32_t> holders_{0};
   std::atomic<XmlStore*> absorber_{nullptr};
   Ref absorberRef_;
   std::mutex mutex_;
+  std::uint64_t shape_ = 0;
   std::vector<std::unique_ptr<XmlArena>> arenas_;  // the first one is for edits
 };
 

@@ -11,6 +11,24 @@ SOURCE = pathlib.Path(__file__).resolve().parents[2]
 sys.path.insert(0, str(SOURCE / "tools"))
 import gen_api  # noqa: E402
 
+GADGET = """\
+component Gadget ClsGadget gadgets/cls_gadget.h set
+    Holds widgets.
+
+event AbortCheck
+
+property int Size computed write
+    Size.
+
+method Widget Find(text name) progress
+    Finds a widget.
+
+method bool Put(Widget widget)
+    Puts a widget in.
+
+method Gadget Other()
+    Another gadget.
+"""
 COMMON = """\
 property text LastErrorText common
     The log.
@@ -151,6 +169,46 @@ class Generation(unittest.TestCase):
         self.assertEqual(self.space.file("src/facade/widget.cpp"), "edited by hand\n")
 
 
+class Objects(unittest.TestCase):
+    """Objects of a component as arguments and results, of another one and of its own."""
+
+    def setUp(self):
+        self.space = Workspace(common=COMMON, Widget=WIDGET, Gadget=GADGET)
+        self.addCleanup(self.space.folder.cleanup)
+        self.assertEqual(self.space.run(), (0, ""))
+
+    def expect(self, file, *lines):
+        text = self.space.file(file)
+        for line in lines:
+            self.assertIn(line + "\n", text)
+
+    def test_they_are_references_and_pointers(self):
+        self.expect("include/zantrel/gadget.h", "class Widget;",
+                    "  std::unique_ptr<Widget> Find(Text name);", "  bool Put(Widget& widget);",
+                    "  std::unique_ptr<Gadget> Other();")
+        self.assertNotIn("class Gadget;", self.space.file("include/zantrel/gadget.h"))
+
+    def test_the_facade_makes_the_object_that_the_native_method_sets(self):
+        self.expect("src/facade/gadget.cpp", '#include "facade/gadget_impl.h"',
+                    '#include "facade/widget_impl.h"',
+                    '  return facade::make(out, impl_, "Find", &ClsGadget::FindX, name, out,',
+                    '  return facade::call(impl_, "Put", &ClsGadget::Put, widget);')
+
+    def test_components_whose_objects_travel_open_their_inside_to_the_facade(self):
+        self.expect("include/zantrel/widget.h", "  friend struct ::zantrel::facade::Access;")
+        self.expect("src/facade/widget_impl.h",
+                    "struct Widget::Impl final : zantrel::facade::Holder<zantrel::ClsWidget> {};")
+        self.assertNotIn("struct Widget::Impl", self.space.file("src/facade/widget.cpp"))
+
+    def test_the_surface_test_gives_an_object(self):
+        self.expect("tests/facade/gadget_surface_test.cpp", "       Widget widget;",
+                    "       return object.Put(widget);")
+
+    def test_setters_have_the_prefix_of_the_native_class(self):
+        self.expect("src/facade/gadget.cpp",
+                    '  facade::put(impl_, "Size", &ClsGadget::set_Size, value);')
+
+
 class Errors(unittest.TestCase):
     HEAD = "component Widget ClsWidget gadgets/cls_widget.h\n    Turns.\n"
 
@@ -175,6 +233,9 @@ class Errors(unittest.TestCase):
                 ("method bool A", "a method is:"),
                 ("method bool A(int)", '"int" is no parameter'),
                 ("method bool A(number n)", 'unknown type "number"'),
+                ("method Gadget A()", 'unknown type "Gadget"'),
+                ("method bool A(out Widget w)", 'unknown type "Widget"'),
+                ("property Widget A stored", 'unknown type "Widget"'),
                 ("method text A(out text t)", "a method with an output returns bool"),
                 ("method bool A(int n) progress", "progress needs an event row"),
                 ("event Explosion", 'unknown event "Explosion"'),
