@@ -6,6 +6,7 @@
 
 #include "commands.h"
 #include "console.h"
+#include "xml_commands.h"
 
 namespace {
 
@@ -16,6 +17,17 @@ void addCharset(CLI::App& app, zantrel_cli::Context& context) {
   zantrel_cli::addCharsetVerify(*charset, context);
   zantrel_cli::addCharsetList(*charset, context);
   zantrel_cli::addCharsetHtml(*charset, context);
+}
+
+void addXml(CLI::App& app, zantrel_cli::Context& context) {
+  CLI::App* xml = app.add_subcommand("xml", "Indent, edit, search and check XML documents");
+  xml->require_subcommand(1);
+  zantrel_cli::addXmlFormat(*xml, context);
+  zantrel_cli::addXmlGet(*xml, context);
+  zantrel_cli::addXmlSet(*xml, context);
+  zantrel_cli::addXmlFind(*xml, context);
+  zantrel_cli::addXmlSort(*xml, context);
+  zantrel_cli::addXmlValidate(*xml, context);
 }
 
 }  // namespace
@@ -47,6 +59,7 @@ int main(int argc, char** argv) {
   zantrel_cli::addCompress(app, context);
   zantrel_cli::addDecompress(app, context);
   zantrel_cli::addUntargz(app, context);
+  addXml(app, context);
   zantrel_cli::addCompletion(app, context);
 
   try {
