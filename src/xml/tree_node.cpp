@@ -41,16 +41,14 @@ TreeInfo* TreeNode::tree() const {
   return top->isRoot() ? static_cast<TreeInfo*>(top->above_) : nullptr;
 }
 
-std::size_t TreeNode::index() const {
-  const TreeNode* const above = parent();
-  if (above == nullptr) return 0;
-  // Siblings that came or went have moved this node by a few places at most, as a rule.
-  const std::size_t count = above->childCount_;
+// Siblings that came or went have moved a node by a few places at most, as a rule.
+std::size_t TreeNode::findIndex(const TreeNode& above) const {
+  const std::size_t count = above.childCount_;
   const std::size_t guess = std::min<std::size_t>(index_, count - 1);
   for (std::size_t away = 0;; ++away) {
-    if (guess + away < count && above->children_[guess + away] == this)
+    if (guess + away < count && above.children_[guess + away] == this)
       index_ = static_cast<std::uint32_t>(guess + away);
-    else if (away <= guess && above->children_[guess - away] == this)
+    else if (away <= guess && above.children_[guess - away] == this)
       index_ = static_cast<std::uint32_t>(guess - away);
     else
       continue;
@@ -63,15 +61,8 @@ TreeNode* TreeNode::next(const TreeNode* top) const {
 }
 
 TreeNode* TreeNode::nextBeside(const TreeNode* top) const {
-  for (const TreeNode* node = this; node != top; node = node->parent()) {
-    const TreeNode* const above = node->parent();
-    if (above == nullptr) break;
-    const std::size_t beside = node->index() + 1;
-    if (beside < above->childCount_) {
-      above->children_[beside]->index_ = static_cast<std::uint32_t>(beside);
-      return above->children_[beside];
-    }
-  }
+  for (const TreeNode* node = this; node != nullptr && node != top; node = node->parent())
+    if (TreeNode* const sibling = node->nextSibling()) return sibling;
   return nullptr;
 }
 

@@ -44,7 +44,21 @@ class TreeNode final {
   const TreeNode* root() const;
   /// Place among the siblings; 0 for a root. In constant time unless siblings were inserted or
   /// removed before it since the last call.
-  std::size_t index() const;
+  std::size_t index() const {
+    const TreeNode* const above = parent();
+    if (above == nullptr) return 0;
+    const bool isThere = index_ < above->childCount_ && above->children_[index_] == this;
+    return isThere ? index_ : findIndex(*above);
+  }
+  /// The sibling behind this one, or null.
+  TreeNode* nextSibling() const {
+    const TreeNode* const above = parent();
+    const std::size_t beside = index() + 1;
+    if (above == nullptr || beside >= above->childCount_) return nullptr;
+    TreeNode* const sibling = above->children_[beside];
+    sibling->index_ = static_cast<std::uint32_t>(beside);
+    return sibling;
+  }
   /// The next node of the subtree under `top` in document order, or null.
   TreeNode* next(const TreeNode* top) const;
   /// The same, leaving out what is below this node.
@@ -108,6 +122,7 @@ class TreeNode final {
   void ownData();
   void ownChildren();
   void swapFlags(TreeNode& other, unsigned which);
+  std::size_t findIndex(const TreeNode& above) const;
 
   std::uint8_t validity_ = kAlive;
   std::uint8_t flags_ = 0;

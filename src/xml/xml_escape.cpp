@@ -1,13 +1,11 @@
 #include "xml/xml_escape.h"
 
 #include <algorithm>
-#include <array>
-#include <bit>
 #include <cstdint>
 #include <cstring>
 #include <iterator>
 
-#include "core/byte_order.h"
+#include "core/byte_block.h"
 #include "xml/xml_output.h"
 
 namespace zantrel {
@@ -44,83 +42,75 @@ bool startsReference(std::string_view rest) {
          std::binary_search(std::begin(kNames), std::end(kNames), rest.substr(0, end));
 }
 
-std::string_view referenceOf(char c) {
+struct Reference {
+  char text[7];
+  std::uint8_t size;
+};
+static_assert(sizeof(Reference) == 8);
+
+Reference referenceOf(char c) {
   switch (c) {
     case '<':
-      return "&lt;";
+      return {"&lt;", 4};
     case '>':
-      return "&gt;";
+      return {"&gt;", 4};
     case '"':
-      return "&quot;";
+      return {"&quot;", 6};
     case '\'':
-      return "&apos;";
+      return {"&apos;", 6};
     default:
-      return "&amp;";
+      return {"&amp;", 5};
   }
 }
 
-// A byte's highest bit is set where the byte of `word` is zero; above such a byte, perhaps where
-// not.
-constexpr std::uint64_t zeroBytes(std::uint64_t word) {
-  constexpr std::uint64_t kOnes = ~std::uint64_t{0} / 255;
-  return (word - kOnes) & ~word & (kOnes << 7);
-}
-constexpr std::uint64_t everyByte(char c) {
-  return ~std::uint64_t{0} / 255 * static_cast<std::uint8_t>(c);
+inline ByteBlock::Set escapedIn(ByteBlock block) {
+  return block.equal('<') | block.equal('>') | block.equal('"') | block.equal('\'') |
+         block.equal('&');
 }
 
-// Copies up to the first character that may need a reference, or the end, and moves both pointers
-// there, eight bytes at a time: as many more than that may be written.
-void copyPlain(const char*& from, const char* end, char*& to) {
-  while (end - from >= 8) {
-    const auto text =
-        loadWord<std::uint64_t, std::endian::little>(reinterpret_cast<const std::uint8_t*>(from));
-    std::memcpy(to, from, sizeof text);
-    // A bit tells "&" from the single quote, and another "<" from ">".
-    const std::uint64_t found = zeroBytes(text ^ everyByte('"')) |
-                                zeroBytes((text | everyByte(1)) ^ everyByte('\'')) |
-                                zeroBytes((text | everyByte(2)) ^ everyByte('>'));
-    const int plain = std::countr_zero(found) / 8;
-    from += plain;
-    to += plain;
-    if (plain != 8) return;
-  }
-  constexpr auto kEscaped = [] {
-    std::array<bool, 256> escaped{};
-    for (const char c : {'<', '>', '"', '\'', '&'}) escaped[static_cast<std::uint8_t>(c)] = true;
-    return escaped;
-  }();
-  for (; from != end && !kEscaped[static_cast<std::uint8_t>(*from)]; ++from) *to++ = *from;
-}
-
+// Copies block by block what stands before the next character that may need a reference. There is
+// always room for the rest of the text.
 template <class StaysAsItIs>
-inline void putEscaped(XmlOutput& out, std::string_view text, StaysAsItIs staysAsItIs) {
-  constexpr std::size_t kOvershoot = 8;
+inline char* putEscaped(XmlOutput& out, char* to, std::string_view text, StaysAsItIs staysAsItIs) {
+  to = out.room(to, text.size());
   const char* from = text.data();
   const char* const end = from + text.size();
   while (from != end) {
     const auto left = static_cast<std::size_t>(end - from);
-    char* to = out.room(left + kOvershoot);
-    copyPlain(from, end, to);
-    out.wrote(to);
-    if (from == end) return;
+    const ByteBlock block = ByteBlock::load(from);
+    const ByteBlock::Set escaped = escapedIn(block);
+    block.store(to);
+    // Guessed, so that the next block need not wait for what is found in this one.
+    if (left >= ByteBlock::kSize && !escaped.any()) {
+      from += ByteBlock::kSize;
+      to += ByteBlock::kSize;
+      continue;
+    }
+    const std::size_t plain = std::min(escaped.first(), left);
+    from += plain;
+    to += plain;
+    if (from == end) break;
     const char c = *from++;
-    const std::string_view rest(from, static_cast<std::size_t>(end - from));
-    if (c == '&' && staysAsItIs(rest))
-      out.put(c);
-    else
-      out.put(referenceOf(c));
+    if (c == '&' && staysAsItIs({from, left - plain - 1})) {
+      *to++ = c;
+      continue;
+    }
+    const Reference reference = referenceOf(c);
+    to = out.room(to, sizeof reference + left);
+    std::memcpy(to, reference.text, sizeof reference.text);
+    to += reference.size;
   }
+  return to;
 }
 
 }  // namespace
 
-void putEscapedContent(XmlOutput& out, std::string_view text) {
-  putEscaped(out, text, startsReference);
+char* putEscapedContent(XmlOutput& out, char* to, std::string_view text) {
+  return putEscaped(out, to, text, startsReference);
 }
 
-void putEscapedValue(XmlOutput& out, std::string_view text) {
-  putEscaped(out, text, startsNumber);
+char* putEscapedValue(XmlOutput& out, char* to, std::string_view text) {
+  return putEscaped(out, to, text, startsNumber);
 }
 
 }  // namespace zantrel

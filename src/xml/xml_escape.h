@@ -7,11 +7,11 @@ namespace zantrel {
 
 class XmlOutput;
 
-/// Writes content: "<", ">" and both quotes as references, and "&" too unless a reference that must
-/// stay begins with it, which is any "&#", the five of XML and the named ones of HTML's Latin-1
-/// set.
-void putEscapedContent(XmlOutput& out, std::string_view text);
+/// Writes the content of a node, where the output has got to: "<", ">" and both quotes as
+/// references, and "&" too unless a reference that must stay begins with it, which is any "&#", the
+/// five of XML and the named ones of HTML's Latin-1 set. The result is the next place.
+char* putEscapedContent(XmlOutput& out, char* to, std::string_view text);
 /// Writes an attribute's value: the same, but of references only "&#" stays.
-void putEscapedValue(XmlOutput& out, std::string_view text);
+char* putEscapedValue(XmlOutput& out, char* to, std::string_view text);
 
 }  // namespace zantrel

@@ -30,20 +30,24 @@ class ExactWriter {
         node = node->parent();
         writeEnd(*node);
       }
-      if (following == nullptr) return true;
+      if (following == nullptr) break;
       node = following;
     }
+    out_.finish(to_);
+    return true;
   }
 
  private:
+  void put(std::string_view text) { to_ = out_.put(to_, text); }
+
   bool writeStart(const TreeNode& node) {
     const std::string_view tag = node.tag();
     if (tag.starts_with('!') || tag.starts_with('?')) return false;
     if (tag.find_first_of(kEndsTag) != tag.npos) return false;
-    out_.put('<');
-    out_.put(tag);
+    put("<");
+    put(tag);
     if (&node != top_ && !writeAttributes(node)) return false;
-    out_.put('>');
+    put(">");
     if (node.isCdata())
       writeCdata(node.content());
     else
@@ -55,11 +59,11 @@ class ExactWriter {
     for (const AttributeSet::Attribute& attribute : node.attributes()) {
       const std::string_view name = attribute.nameView();
       if (name.empty() || name.find_first_of(kNotInName) != name.npos) return false;
-      out_.put(' ');
-      out_.put(name);
-      out_.put("=\"");
+      put(" ");
+      put(name);
+      put("=\"");
       writeEscaped(attribute.valueView());
-      out_.put('"');
+      put("\"");
     }
     return true;
   }
@@ -68,9 +72,9 @@ class ExactWriter {
     constexpr std::string_view kSpecial = "&<\"";
     for (;;) {
       const std::size_t plain = text.find_first_of(kSpecial);
-      out_.put(text.substr(0, plain));
+      put(text.substr(0, plain));
       if (plain == text.npos) return;
-      out_.put(text[plain] == '&' ? "&amp;" : text[plain] == '<' ? "&lt;" : "&quot;");
+      put(text[plain] == '&' ? "&amp;" : text[plain] == '<' ? "&lt;" : "&quot;");
       text.remove_prefix(plain + 1);
     }
   }
@@ -79,27 +83,28 @@ class ExactWriter {
   void writeCdata(std::string_view text) {
     constexpr std::string_view kStart = "<![CDATA[";
     constexpr std::string_view kEnd = "]]>";
-    out_.put(kStart);
+    put(kStart);
     for (std::size_t end; (end = text.find(kEnd)) != text.npos;) {
       constexpr std::size_t kBrackets = 2;
-      out_.put(text.substr(0, end + kBrackets));
-      out_.put(kEnd);
-      out_.put(kStart);
+      put(text.substr(0, end + kBrackets));
+      put(kEnd);
+      put(kStart);
       text.remove_prefix(end + kBrackets);
     }
-    out_.put(text);
-    out_.put(kEnd);
+    put(text);
+    put(kEnd);
   }
 
   // A closing tag closes whatever its name is, and would itself end at a "<" in it.
   void writeEnd(const TreeNode& node) {
-    out_.put("</");
-    if (node.tag().find('<') == std::string_view::npos) out_.put(node.tag());
-    out_.put('>');
+    put("</");
+    if (node.tag().find('<') == std::string_view::npos) put(node.tag());
+    put(">");
   }
 
   const TreeNode* top_;
   XmlOutput out_;
+  char* to_ = nullptr;
 };
 
 }  // namespace

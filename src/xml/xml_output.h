@@ -6,62 +6,57 @@
 #include <new>
 #include <string_view>
 
+#include "core/byte_block.h"
 #include "core/string_buffer.h"
 
 namespace zantrel {
 
 /// Text under writing: many small pieces that go to the end of a string buffer at the cost of a
-/// copy. The buffer has them when this is destroyed. Throws std::bad_alloc when it cannot hold
-/// them.
+/// copy. Who writes keeps the place up to which the text is written, null at first, and hands it to
+/// each function, which returns the next; finish() gives the text to the buffer. Throws
+/// std::bad_alloc when the buffer cannot hold it.
 class XmlOutput final {
  public:
   explicit XmlOutput(StringBuffer& out) : out_(out) {}
-  ~XmlOutput() { give(); }
+  ~XmlOutput() { give(start_); }
   XmlOutput(const XmlOutput&) = delete;
   XmlOutput& operator=(const XmlOutput&) = delete;
 
-  /// Where up to `size` bytes may be written; wrote() then says where they end.
-  char* room(std::size_t size) {
-    if (static_cast<std::size_t>(end_ - at_) < size) grow(size);
-    return at_;
+  /// Room for `size` bytes at the place that is returned. A block of bytes more may be overwritten.
+  char* room(char* to, std::size_t size) {
+    return static_cast<std::size_t>(end_ - to) >= size ? to : grow(to, size);
   }
-  void wrote(char* end) { at_ = end; }
-
-  void put(char c) {
-    *room(1) = c;
-    ++at_;
+  char* put(char* to, std::string_view text) {
+    to = room(to, text.size());
+    if (!text.empty()) std::memcpy(to, text.data(), text.size());
+    return to + text.size();
   }
-  void put(std::string_view text) {
-    if (text.empty()) return;
-    std::memcpy(room(text.size()), text.data(), text.size());
-    at_ += text.size();
+  /// The same for short texts behind which XmlSlice::kSlack bytes can be read.
+  char* putSlice(char* to, std::string_view text) {
+    return copyBlocks(text.data(), text.size(), room(to, text.size()));
   }
-  void putBlanks(std::size_t count) {
-    if (count == 0) return;
-    std::memset(room(count), ' ', count);
-    at_ += count;
-  }
+  void finish(char* to) { give(to); }
 
  private:
-  void give() {
-    if (start_ != nullptr) out_.commit(static_cast<std::size_t>(at_ - start_));
-    start_ = at_ = end_ = nullptr;
+  void give(const char* to) {
+    if (start_ != nullptr) out_.commit(static_cast<std::size_t>(to - start_));
+    start_ = end_ = nullptr;
   }
   // At least as much again as there is, so that the work stays linear.
-  void grow(std::size_t size) {
+  char* grow(const char* to, std::size_t size) {
     constexpr std::size_t kLeast = 4096;
-    give();
+    constexpr std::size_t kSlack = ByteBlock::kSize;
+    give(to);
     std::size_t taken = std::max({size, kLeast, std::size_t{out_.getSize()}});
-    start_ = out_.prepare(taken);
-    if (start_ == nullptr) start_ = out_.prepare(taken = size);
+    start_ = out_.prepare(taken + kSlack);
+    if (start_ == nullptr) start_ = out_.prepare((taken = size) + kSlack);
     if (start_ == nullptr) throw std::bad_alloc();
-    at_ = start_;
     end_ = start_ + taken;
+    return start_;
   }
 
   StringBuffer& out_;
   char* start_ = nullptr;
-  char* at_ = nullptr;
   char* end_ = nullptr;
 };
 

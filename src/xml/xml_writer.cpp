@@ -1,6 +1,7 @@
 #include "xml/xml_writer.h"
 
 #include <algorithm>
+#include <cstring>
 #include <string_view>
 
 #include "xml/tree_info.h"
@@ -14,47 +15,32 @@ namespace {
 
 constexpr std::string_view kNewline = "\r\n";
 
+// Its functions take the place up to which the text is written and return the next.
 class Writer {
  public:
   Writer(const TreeNode* top, StringBuffer& out) : top_(top), out_(out) {}
 
-  void writeProlog(TreeInfo& tree) {
-    if (tree.declaration == nullptr) return;
-    alignStandalone(tree);
-    out_.put("<?xml");
-    writeAttributes(*tree.declaration);
-    out_.put(" ?>\r\n");
-    for (const StringBuffer* text : {&tree.styleSheet, &tree.docType}) {
-      if (text->getSize() == 0) continue;
-      out_.put(text->view());
-      out_.put(kNewline);
-    }
-  }
-
-  // In document order, with the closing tags on the way up.
-  void writeTree() {
-    const TreeNode* node = top_;
-    std::size_t depth = 0;
-    for (;;) {
-      writeStart(*node, depth);
-      if (node->numChildren() != 0) {
-        out_.put(kNewline);
-        node = node->child(0);
-        ++depth;
-        continue;
-      }
-      const TreeNode* const following = node->nextBeside(top_);
-      const TreeNode* const above = following != nullptr ? following->parent() : nullptr;
-      while (node != top_ && node->parent() != above) {
-        node = node->parent();
-        writeEnd(*node, --depth);
-      }
-      if (following == nullptr) return;
-      node = following;
-    }
+  void write(TreeInfo* prolog) {
+    char* to = nullptr;
+    if (prolog != nullptr) to = writeProlog(to, *prolog);
+    out_.finish(writeTree(to));
   }
 
  private:
+  char* writeProlog(char* to, TreeInfo& tree) {
+    if (tree.declaration == nullptr) return to;
+    alignStandalone(tree);
+    to = out_.put(to, "<?xml");
+    to = writeAttributes(to, *tree.declaration);
+    to = out_.put(to, " ?>\r\n");
+    for (const StringBuffer* text : {&tree.styleSheet, &tree.docType}) {
+      if (text->getSize() == 0) continue;
+      to = out_.put(to, text->view());
+      to = out_.put(to, kNewline);
+    }
+    return to;
+  }
+
   static void alignStandalone(TreeInfo& tree) {
     AttributeSet& attributes = tree.declaration->editAttributes();
     const std::ptrdiff_t found = attributes.find("standalone");
@@ -65,63 +51,86 @@ class Writer {
       attributes.add("standalone", value);
   }
 
+  // In document order, with the closing tags on the way up.
+  char* writeTree(char* to) {
+    const TreeNode* node = top_;
+    std::size_t depth = 0;
+    for (;;) {
+      to = writeStart(to, *node, depth);
+      if (node->numChildren() != 0) {
+        to = out_.put(to, kNewline);
+        node = node->child(0);
+        ++depth;
+        continue;
+      }
+      const TreeNode* following = nullptr;
+      while (node != top_ && (following = node->nextSibling()) == nullptr) {
+        node = node->parent();
+        to = writeEnd(to, *node, --depth);
+      }
+      if (node == top_) return to;
+      node = following;
+    }
+  }
+
   static std::string_view tagOf(const TreeNode& node) {
-    return node.tag().empty() ? "nothing" : node.tag();
+    static constexpr std::string_view kNothing = "nothing";
+    static constexpr char kPadded[kNothing.size() + XmlSlice::kSlack] = "nothing";
+    return node.tag().empty() ? std::string_view(kPadded, kNothing.size()) : node.tag();
   }
 
-  void indent(std::size_t depth) {
+  char* indent(char* to, std::size_t depth) {
     constexpr std::size_t kDeepest = 50;
-    out_.putBlanks(4 * std::min(depth, kDeepest));
+    constexpr std::string_view kBlanks = "                ";
+    const std::size_t count = 4 * std::min(depth, kDeepest);
+    to = out_.room(to, count + kBlanks.size());
+    for (std::size_t done = 0; done < count; done += kBlanks.size())
+      std::memcpy(to + done, kBlanks.data(), kBlanks.size());
+    return to + count;
   }
 
-  void writeAttributes(const TreeNode& node) {
+  char* writeAttributes(char* to, const TreeNode& node) {
     for (const AttributeSet::Attribute& attribute : node.attributes()) {
-      out_.put(' ');
-      out_.put(attribute.nameView());
-      out_.put("=\"");
-      putEscapedValue(out_, attribute.valueView());
-      out_.put('"');
+      to = out_.put(to, " ");
+      to = out_.putSlice(to, attribute.nameView());
+      to = out_.put(to, "=\"");
+      to = putEscapedValue(out_, to, attribute.valueView());
+      to = out_.put(to, "\"");
     }
+    return to;
   }
 
-  void writeStart(const TreeNode& node, std::size_t depth) {
-    indent(depth);
-    out_.put('<');
-    out_.put(tagOf(node));
-    writeAttributes(node);
+  char* writeStart(char* to, const TreeNode& node, std::size_t depth) {
+    to = indent(to, depth);
+    to = out_.put(to, "<");
+    to = out_.putSlice(to, tagOf(node));
+    to = writeAttributes(to, node);
     const std::string_view content = node.content();
-    if (content.empty() && node.numChildren() == 0) {
-      out_.put(" />\r\n");
-      return;
-    }
-    out_.put('>');
-    if (node.isCdata())
-      writeCdata(content);
-    else
-      putEscapedContent(out_, content);
-    if (node.numChildren() != 0) return;
-    if (content.ends_with('\n')) indent(depth);
-    writeClosingTag(node);
+    if (content.empty() && node.numChildren() == 0) return out_.put(to, " />\r\n");
+    to = out_.put(to, ">");
+    to = node.isCdata() ? writeCdata(to, content) : putEscapedContent(out_, to, content);
+    if (node.numChildren() != 0) return to;
+    if (content.ends_with('\n')) to = indent(to, depth);
+    return writeClosingTag(to, node);
   }
 
-  void writeEnd(const TreeNode& node, std::size_t depth) {
-    indent(depth);
-    writeClosingTag(node);
+  char* writeEnd(char* to, const TreeNode& node, std::size_t depth) {
+    return writeClosingTag(indent(to, depth), node);
   }
 
-  void writeClosingTag(const TreeNode& node) {
-    out_.put("</");
-    out_.put(tagOf(node));
-    out_.put(">\r\n");
+  char* writeClosingTag(char* to, const TreeNode& node) {
+    to = out_.put(to, "</");
+    to = out_.putSlice(to, tagOf(node));
+    return out_.put(to, ">\r\n");
   }
 
   // Content that holds the end of a section loses that and every start: deliberate.
-  void writeCdata(std::string_view content) {
+  char* writeCdata(char* to, std::string_view content) {
     constexpr std::string_view kStart = "<![CDATA[";
     constexpr std::string_view kEnd = "]]>";
-    out_.put(kStart);
+    to = out_.put(to, kStart);
     if (content.find(kEnd) == content.npos) {
-      out_.put(content);
+      to = out_.put(to, content);
     } else {
       std::size_t plain = 0;
       for (std::size_t i = 0; i < content.size();) {
@@ -133,13 +142,13 @@ class Writer {
           ++i;
           continue;
         }
-        out_.put(content.substr(plain, i - plain));
+        to = out_.put(to, content.substr(plain, i - plain));
         i += dropped;
         plain = i;
       }
-      out_.put(content.substr(plain));
+      to = out_.put(to, content.substr(plain));
     }
-    out_.put(kEnd);
+    return out_.put(to, kEnd);
   }
 
   const TreeNode* top_;
@@ -149,9 +158,7 @@ class Writer {
 }  // namespace
 
 void writeXml(TreeNode* node, bool omitDeclaration, StringBuffer& out) {
-  Writer writer(node, out);
-  if (node->isRoot() && !omitDeclaration) writer.writeProlog(*node->tree());
-  writer.writeTree();
+  Writer(node, out).write(node->isRoot() && !omitDeclaration ? node->tree() : nullptr);
 }
 
 }  // namespace zantrel
