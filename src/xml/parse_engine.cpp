@@ -140,6 +140,7 @@ class Parser final {
   char* readValue(char* at, AttributeSet::Attribute& attribute);
   void keepAttributes(TreeNode* node);
   void closeElement();
+  void keepContent(const Open& closed);
   void keepChildren(TreeNode* node, std::size_t first);
   void complete(TreeNode* node);
   void finish();
@@ -416,25 +417,35 @@ inline void Parser::keepAttributes(TreeNode* node) {
   node->borrowAttributes(memory, attributes_.data(), attributes_.size());
 }
 
-void Parser::closeElement() {
+inline void Parser::closeElement() {
   const Open& closed = open_.back();  // stays as it is until the next element
   open_.pop();
-  if (closed.onlyText != nullptr) {
-    closed.node->borrowContent(
-        closed.onlyText, closed.references ? decodeReferences(closed.onlyText, closed.onlySize, 1)
-                                           : closed.onlySize);
-  } else if (pieces_.start() != closed.firstPiece) {
-    const std::string_view content = pieces_.take(closed.firstPiece);
-    closed.node->borrowContent(content.data(), content.size());
-  }
-  if (children_.size() != closed.firstChild) keepChildren(closed.node, closed.firstChild);
-  if (open_.empty()) {
-    complete(closed.node);
+  TreeNode* const node = closed.node;
+  if (closed.onlyText != nullptr && !closed.references)
+    node->borrowContent(closed.onlyText, closed.onlySize);
+  else if (closed.onlyText != nullptr || pieces_.start() != closed.firstPiece)
+    keepContent(closed);
+  // The element stands in the place of its children, or behind its siblings.
+  const std::size_t first = closed.firstChild;
+  if (children_.size() == first) {
+    children_.push(node);
   } else {
-    const Open& parent = open_.back();
-    closed.node->placeUnder(parent.node, children_.size() - parent.firstChild);
-    children_.push(closed.node);
+    keepChildren(node, first);
+    children_.shrink(first + 1);
+    children_.back() = node;
   }
+  if (open_.empty()) return complete(node);
+  const Open& parent = open_.back();
+  node->placeUnder(parent.node, first - parent.firstChild);
+}
+
+void Parser::keepContent(const Open& closed) {
+  std::string_view content;
+  if (closed.onlyText != nullptr)
+    content = {closed.onlyText, decodeReferences(closed.onlyText, closed.onlySize, 1)};
+  else
+    content = pieces_.take(closed.firstPiece);
+  closed.node->borrowContent(content.data(), content.size());
 }
 
 inline void Parser::keepChildren(TreeNode* node, std::size_t first) {
@@ -444,12 +455,12 @@ inline void Parser::keepChildren(TreeNode* node, std::size_t first) {
     *list = children_.back();
   else
     std::copy_n(children_.data() + first, count, list);
-  children_.shrink(first);
   node->borrowChildren(list, count);
 }
 
 // A top-level element has ended: it is the document, until another one is.
 void Parser::complete(TreeNode* node) {
+  children_.shrink(0);
   dropDocument();
   document_ = store_.newTreeWithoutHandles(node);
   document_->declaration = std::exchange(declaration_, nullptr);
