@@ -8,6 +8,7 @@
 #include <utility>
 #include <vector>
 
+#include "console.h"
 #include "xml_commands.h"
 #include "xml_document.h"
 #include "xml_paths.h"
@@ -126,12 +127,21 @@ struct ValidateOptions {
   std::vector<std::string> files{"-"};
 };
 
+bool canBeRead(const std::string& file) {
+  if (isStandardStream(file)) return true;
+  std::FILE* const opened = openFile(file, "rb");
+  return opened != nullptr && std::fclose(opened) == 0;
+}
+
 int validate(const Context& context, const ValidateOptions& options) {
   int status = kDone;
   for (const std::string& file : options.files) {
     XmlDocument document(context);
     const bool valid = document.load({.input = file, .strict = true});
-    std::printf("%s: %s\n", file.c_str(), valid ? "well-formed" : "not well-formed");
+    const char* const verdict = valid             ? "well-formed"
+                                : canBeRead(file) ? "not well-formed"
+                                                  : "cannot be read";
+    std::printf("%s: %s\n", file.c_str(), verdict);
     if (!valid) status = kFailed;
   }
   return status;

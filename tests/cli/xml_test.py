@@ -38,7 +38,7 @@ QUERIES = [
     (["find", "--count"], 0, "7\n"),
     (["find", "--count", "-t", "x"], 1, "0\n"),
     (["validate"], 0, "-: well-formed\n"),
-    (["validate", "-", "none"], 1, "-: well-formed\nnone: not well-formed\n"),
+    (["validate", "-", "none"], 1, "-: well-formed\nnone: cannot be read\n"),
     (["set", "book"], 2, None),
     (["set", "book[9]", "x"], 1, ""),
     (["sort", "--by", "attr"], 2, None),
