@@ -176,6 +176,66 @@ class ZANTREL_API Xml final {
   /// none. Without case, letters are equal that differ by case in Unicode.
   bool ContentMatches(Text pattern, bool caseSensitive);
 
+  // Content in other forms
+
+  /// The content becomes encoded words of mail headers (RFC 2047) in a charset, "=?utf-8?Q?...?=".
+  /// False, with the content as it was, for an unknown charset or one that lacks a character.
+  bool QEncodeContent(Text charset);
+
+  /// As QEncodeContent, in base64: "=?utf-8?B?...?=".
+  bool BEncodeContent(Text charset);
+
+  /// Encoded words in the content (see QEncodeContent) become what they stand for. All else stays
+  /// as it is.
+  bool DecodeContent();
+
+  /// References to characters in the content become characters, all that HTML knows, as &eacute;
+  /// and &#233;.
+  bool DecodeEntities();
+
+  /// Compresses the content, as UTF-8, in the zlib format. It is base64 then.
+  bool ZipContent();
+
+  /// Reverses ZipContent. False, with the content as it was, for any other content. Compressed text
+  /// may become 100 times as long, and up to 256 MB in any case.
+  bool UnzipContent();
+
+  /// Encrypts the content, as UTF-8, so that changes are noticed. It is base64 then. False for an
+  /// empty password.
+  bool EncryptContent(Text password);
+
+  /// Reverses EncryptContent. False, with the content as it was, for another password and for
+  /// content that was changed.
+  bool DecryptContent(Text password);
+
+  /// The bytes that SetBinaryContent has put into the content. unzip and decrypt must be what zip
+  /// and encrypt were; the password counts with decrypt only. Fails when what was compressed or
+  /// encrypted is damaged or the password another one; base64 alone is read whatever it looks like.
+  Bytes GetBinaryContent(bool unzip, bool decrypt, Text password);
+  /// The same into the caller's variable, whose capacity is reused; false on failure.
+  bool GetBinaryContent(bool unzip, bool decrypt, Text password, Bytes& out);
+
+  /// Makes bytes the content, in base64 on one line; first compressed in the zlib format if zip is
+  /// true, then encrypted with the password, which must not be empty, if encrypt is true.
+  bool SetBinaryContent(ByteView data, bool zip, bool encrypt, Text password);
+
+  /// As SetBinaryContent, with the bytes of a file.
+  bool SetBinaryContentFromFile(Text path, bool zip, bool encrypt, Text password);
+
+  /// Writes what GetBinaryContent gives to a file. After a failure what stood there before is still
+  /// there.
+  bool SaveBinaryContent(Text path, bool unzip, bool decrypt, Text password);
+
+  /// Compresses content and children into the content, in base64. Tag and attributes stay. Handles
+  /// on what is below the element stay on it, in trees of their own. False, with nothing changed,
+  /// when a tag or an attribute's name below has characters that end a name, such as blanks.
+  bool ZipTree();
+
+  /// Reverses ZipTree: content and children are exactly as they were. Children that were added
+  /// since stay in front of them. False, with nothing changed, for any other content. The limit of
+  /// UnzipContent holds.
+  bool UnzipTree();
+
   // Attributes
 
   /// Number of attributes.

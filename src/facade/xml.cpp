@@ -192,6 +192,72 @@ bool Xml::ContentMatches(Text pattern, bool caseSensitive) {
   return facade::call(impl_, "ContentMatches", &ClsXml::ContentMatches, pattern, caseSensitive);
 }
 
+bool Xml::QEncodeContent(Text charset) {
+  return facade::call(impl_, "QEncodeContent", &ClsXml::QEncodeContent, charset);
+}
+
+bool Xml::BEncodeContent(Text charset) {
+  return facade::call(impl_, "BEncodeContent", &ClsXml::BEncodeContent, charset);
+}
+
+bool Xml::DecodeContent() {
+  return facade::call(impl_, "DecodeContent", &ClsXml::DecodeContent);
+}
+
+bool Xml::DecodeEntities() {
+  return facade::call(impl_, "DecodeEntities", &ClsXml::DecodeEntities);
+}
+
+bool Xml::ZipContent() {
+  return facade::call(impl_, "ZipContent", &ClsXml::ZipContent);
+}
+
+bool Xml::UnzipContent() {
+  return facade::call(impl_, "UnzipContent", &ClsXml::UnzipContent);
+}
+
+bool Xml::EncryptContent(Text password) {
+  return facade::call(impl_, "EncryptContent", &ClsXml::EncryptContent, password);
+}
+
+bool Xml::DecryptContent(Text password) {
+  return facade::call(impl_, "DecryptContent", &ClsXml::DecryptContent, password);
+}
+
+Bytes Xml::GetBinaryContent(bool unzip, bool decrypt, Text password) {
+  Bytes out;
+  GetBinaryContent(unzip, decrypt, password, out);
+  return out;
+}
+
+bool Xml::GetBinaryContent(bool unzip, bool decrypt, Text password, Bytes& out) {
+  return facade::call(impl_, "GetBinaryContent", &ClsXml::GetBinaryContentX, unzip, decrypt,
+                      password, out);
+}
+
+bool Xml::SetBinaryContent(ByteView data, bool zip, bool encrypt, Text password) {
+  return facade::call(impl_, "SetBinaryContent", &ClsXml::SetBinaryContent, data, zip, encrypt,
+                      password);
+}
+
+bool Xml::SetBinaryContentFromFile(Text path, bool zip, bool encrypt, Text password) {
+  return facade::call(impl_, "SetBinaryContentFromFile", &ClsXml::SetBinaryContentFromFile, path,
+                      zip, encrypt, password);
+}
+
+bool Xml::SaveBinaryContent(Text path, bool unzip, bool decrypt, Text password) {
+  return facade::call(impl_, "SaveBinaryContent", &ClsXml::SaveBinaryContent, path, unzip, decrypt,
+                      password);
+}
+
+bool Xml::ZipTree() {
+  return facade::call(impl_, "ZipTree", &ClsXml::ZipTree);
+}
+
+bool Xml::UnzipTree() {
+  return facade::call(impl_, "UnzipTree", &ClsXml::UnzipTree);
+}
+
 int Xml::get_NumAttributes() const {
   return facade::get<int>(impl_, "NumAttributes", &ClsXml::get_NumAttributes);
 }

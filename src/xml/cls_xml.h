@@ -55,6 +55,24 @@ class ClsXml final : public Component, public ZantrelCritSec {
   bool AppendToContent(std::string_view text);
   bool ContentMatches(std::string_view pattern, bool caseSensitive);
 
+  // What content can be turned into (cls_xml_transform.cpp)
+
+  bool DecodeContent();
+  bool DecodeEntities();
+  bool QEncodeContent(std::string_view charset);
+  bool BEncodeContent(std::string_view charset);
+  bool EncryptContent(const XString& password);
+  bool DecryptContent(const XString& password);
+  bool ZipContent();
+  bool UnzipContent();
+  bool GetBinaryContentX(bool unzip, bool decrypt, const XString& password, DataBuffer& out);
+  bool SetBinaryContent(const DataBuffer& bytes, bool zip, bool encrypt, const XString& password);
+  bool SetBinaryContentFromFile(const XString& path, bool zip, bool encrypt,
+                                const XString& password);
+  bool SaveBinaryContent(const XString& path, bool unzip, bool decrypt, const XString& password);
+  bool ZipTree();
+  bool UnzipTree();
+
   // Attributes (cls_xml_attributes.cpp)
 
   std::int32_t get_NumAttributes();
@@ -188,6 +206,8 @@ class ClsXml final : public Component, public ZantrelCritSec {
   template <class Find>
   bool text(const char* name, XString& out, const Find& find);
 
+  template <class Transform>
+  bool transform(const char* name, const Transform& work);
   bool load(MethodCall& call, std::string_view text, bool trim);
   bool loadFile(MethodCall& call, const XString& path, bool trim);
   bool setAttribute(const char* method, std::string_view name, std::string_view value);
