@@ -3,35 +3,28 @@
 namespace zantrel::zee {
 
 void HashChains::catchUp(const std::uint8_t* p, std::uint32_t position) noexcept {
-  const std::uint32_t gap = position - next_;
-  if (gap >= kMaxDistance) {
-    forget(position - static_cast<std::uint32_t>(kMaxDistance));
+  if (position - next_ > kMaxCatchUp) {
+    forget(position - kMaxCatchUp);
   } else {
     sweep(next_);
   }
-  const std::uint8_t* from = p - (position - next_);
-  prepare(from);
-  while (from < p) skip(from++);
+  const std::uint8_t* const from = p - (position - next_);
+  Walk(*this, from, from, p, next_).skipMatch(from, p);
   sweep(position);
 }
 
 void HashChains::sweep(std::uint32_t position) noexcept {
   const auto here = static_cast<std::uint16_t>(position);
-  const auto limitAge = [here](auto begin, std::size_t count) {
-    for (std::size_t i = 0; i < count; ++i) {
-      const auto age = static_cast<std::uint16_t>(here - begin[i]);
-      begin[i] = static_cast<std::uint16_t>(here - std::min<std::uint16_t>(age, kTooFar));
-    }
-  };
-  limitAge(latestOf4_.data(), std::size_t{1} << bits_);
-  limitAge(latestOf3_.data(), latestOf3_.size());
+  for (std::size_t i = 0; i < std::size_t{1} << bits_; ++i) {
+    const auto age = static_cast<std::uint16_t>(here - latestOf4_[i]);
+    latestOf4_[i] = static_cast<std::uint16_t>(here - std::min<std::uint16_t>(age, kTooFar));
+  }
   swept_ = position;
 }
 
 void HashChains::forget(std::uint32_t position) noexcept {
   const auto tooFar = static_cast<std::uint16_t>(position - kTooFar);
   std::fill_n(latestOf4_.begin(), std::size_t{1} << bits_, tooFar);
-  latestOf3_.fill(tooFar);
   next_ = swept_ = position;
 }
 

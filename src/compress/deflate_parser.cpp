@@ -21,7 +21,7 @@ struct Effort {
 
 constexpr Effort kEfforts[10] = {
     {},          {},           {16, 5, 0},   {24, 10, 0},   {48, 16, 0},
-    {96, 14, 1}, {258, 28, 1}, {258, 80, 1}, {258, 200, 2}, {258, 500, 2},
+    {96, 10, 1}, {258, 24, 1}, {258, 50, 1}, {258, 150, 2}, {258, 1000, 2},
 };
 
 /// Roughly what a match spares, in quarters of a byte.
@@ -36,6 +36,7 @@ class ChainParser final : public Parser {
   void start(std::size_t size) noexcept override {
     index_.start(size);
     literalCost_ = 5 * kBit;
+    shortest_ = kMinMatch;
     pieces_ = 0;
   }
 
@@ -49,29 +50,35 @@ class ChainParser final : public Parser {
   }
 
  private:
-  static constexpr unsigned kBit = 16;  // costs are counted in sixteenths of a bit
+  static_assert(kPiece + kOverrun <= HashChains::kLongestWalk);
+  static constexpr unsigned kBit = 16;     // costs are counted in sixteenths of a bit
+  static constexpr unsigned kSymbols = 6;  // bits of a match's two symbols, about
 
   void judgeLiterals(const Frequencies& counts) noexcept {
     constexpr std::uint64_t kEnough = 512;
     std::uint64_t sum = 0;
     for (unsigned i = 0; i < kEndOfBlock; ++i) sum += counts.literal[i];
-    if (sum >= kEnough)
-      literalCost_ =
-          static_cast<unsigned>((idealBits(counts.literal.data(), kEndOfBlock) / sum) >> 12);
+    if (sum < kEnough) return;
+    literalCost_ =
+        static_cast<unsigned>((idealBits(counts.literal.data(), kEndOfBlock) / sum) >> 12);
+    // What pays at small distances only is so rarely found there that it is not looked for.
+    constexpr unsigned kSmall = 12;
+    constexpr unsigned kLongest = 16;
+    const unsigned cost = std::max(literalCost_, 1U);
+    shortest_ = std::clamp((kSymbols + kSmall) * kBit / cost + 1, kMinMatch, kLongest);
   }
 
   /// How deep to look for something better than a match of this length: a long one is hard to beat.
-  unsigned depthBeyond(unsigned length) const noexcept {
+  static unsigned depthBeyond(unsigned length, unsigned depth) noexcept {
     constexpr unsigned kLong = 24;
-    return std::max(effort_.depth / (length < kLong ? 2 : 8), 1U);
+    return std::max(depth / (length < kLong ? 2 : 8), 1U);
   }
 
   /// Whether a match takes fewer bits than its literals would, about: its symbols take some bits
   /// and the rest of the distance as many as it has.
-  bool worthTaking(const Match& m) const noexcept {
-    constexpr unsigned kSymbols = 6;
-    return m.length * literalCost_ >
-           (kSymbols + static_cast<unsigned>(std::bit_width(m.distance))) * kBit;
+  static bool worthTaking(const Match& m, unsigned literalCost) noexcept {
+    return m.length * literalCost >
+           (kSymbols + static_cast<unsigned>(std::bit_width(m.distance | 1))) * kBit;
   }
 
   template <unsigned LookAhead>
@@ -79,40 +86,33 @@ class ChainParser final : public Parser {
                   Frequencies& counts) {
     const std::uint8_t* const begin = window.bytes;
     const std::uint8_t* const stopAt = begin + stop;
-    const std::uint8_t* const end = begin + window.end;
     const std::uint8_t* p = begin + next;
     const std::uint8_t* literals = p;
+    const unsigned nice = effort_.nice, depth = effort_.depth;
+    const unsigned literalCost = literalCost_, longerThan = shortest_ - 1;
     Block::Writer writer(block, counts);
-    index_.startPiece(p, window.position + static_cast<std::uint32_t>(next));
-
-    const auto search = [&](const std::uint8_t* at, unsigned longerThan, unsigned depth)
-        __attribute__((always_inline)) {
-      Search s{kMaxMatch, effort_.nice, depth};
-      if (static_cast<std::size_t>(end - at) < kMaxMatch) [[unlikely]] {
-        s.limit = static_cast<unsigned>(end - at);
-        s.nice = std::min(s.nice, s.limit);
-      }
-      return index_.find(at, longerThan, s);
-    };
+    HashChains::Walk walk(index_, begin, p, begin + window.end,
+                          window.position + static_cast<std::uint32_t>(next));
 
     while (p < stopAt) {
-      Match match = search(p, kMinMatch - 1, effort_.depth);
-      if (!worthTaking(match)) {
+      Match match = walk.find(p, longerThan, nice, depth);
+      if (!worthTaking(match, literalCost)) {
         writer.countLiteral(*p++);
         continue;
       }
       // `p` is where the match starts, `known` the first place that is not in the index.
       const std::uint8_t* known = p + 1;
       if constexpr (LookAhead > 0) {
-        while (match.length < effort_.nice) {
-          const Match next1 = search(known++, match.length - 1, depthBeyond(match.length));
+        while (match.length < nice) {
+          const Match next1 =
+              walk.find(known++, match.length - 1, nice, depthBeyond(match.length, depth));
           if (next1.length >= match.length && worth(next1) > worth(match) + 2) {
             writer.countLiteral(*p++);
             match = next1;
             continue;
           }
           if constexpr (LookAhead > 1) {
-            const Match next2 = search(known++, match.length - 1, effort_.depth / 4);
+            const Match next2 = walk.find(known++, match.length - 1, nice, depth / 4);
             if (next2.length >= match.length && worth(next2) > worth(match) + 6) {
               writer.countLiteral(*p++);
               writer.countLiteral(*p++);
@@ -125,16 +125,18 @@ class ChainParser final : public Parser {
       }
       writer.addMatch(static_cast<std::size_t>(p - literals), match.length, match.distance);
       p += match.length;
-      if (known < p) index_.skipMatch(known, p);
+      if (known < p) walk.skipMatch(known, p);
       literals = p;
     }
     writer.addLiterals(static_cast<std::size_t>(p - literals));
+    index_.endWalk(window.position + static_cast<std::uint32_t>(p - begin));
     return static_cast<std::size_t>(p - begin);
   }
 
   const Effort effort_;
   HashChains index_;
   unsigned literalCost_ = 0;
+  unsigned shortest_ = kMinMatch;  // match that is looked for
   unsigned pieces_ = 0;
 };
 

@@ -47,7 +47,14 @@ inline std::vector<DeflateInput> deflateInputs(std::size_t size = 400000) {
   inputs.push_back({"at the window's limit", repeated(noise(32768, 256, 4))});
   inputs.push_back({"beyond the window", repeated(noise(32769, 256, 4))});
   inputs.push_back({"noise amid prose", repeated(prose(50000) + noise(20000) + prose(700))});
+  inputs.push_back(
+      {"noise longer than the window amid prose", repeated(prose(9000) + noise(45056))});
   inputs.push_back({"short period", repeated("abc")});
+  // What precedes the stream in memory would match as well.
+  const std::string begin = noise(64, 5), zeros(8, '\0');
+  std::string again = begin;
+  for (const char c : {'x', 'y', 'z'}) again += zeros + begin.substr(0, 4) + c;
+  inputs.push_back({"zeros before the beginning again", again + zeros + begin});
   std::string runs, ascending, colliding;
   Numbers numbers(7);
   while (runs.size() < size) runs.append(numbers.below(600), static_cast<char>(numbers.below(3)));
