@@ -156,6 +156,12 @@ class PackedBits {
   PackedBits(std::uint32_t bits, unsigned count) : word_(bits << kCountBits | count) {}
   std::uint64_t bits() const { return word_ >> kCountBits; }
   unsigned count() const { return word_ & ((1U << kCountBits) - 1); }
+  /// These or no bits at all.
+  PackedBits onlyIf(bool wanted) const {
+    PackedBits result = *this;
+    result.word_ &= 0U - static_cast<std::uint32_t>(wanted);
+    return result;
+  }
 
  private:
   static constexpr unsigned kCountBits = 6;
@@ -215,10 +221,11 @@ class Encoder {
       add(bytes[3]);
       out.flush();
     }
-    if (count == 0) return;
-    add(bytes[0]);
-    if (count > 1) add(bytes[1]);
-    if (count > 2) add(bytes[2]);
+    // How many are left cannot be foreseen: no branch is made of it. Bytes behind them can be read.
+    for (unsigned i = 0; i < 3; ++i) {
+      const PackedBits word = literal_[bytes[i]].onlyIf(i < count);
+      out.add(word.bits(), word.count());
+    }
     out.flush();
   }
 

@@ -14,7 +14,8 @@ constexpr std::size_t maxBlockOutput(std::size_t size) noexcept {
   return size + 5 * (size / kMaxStored + 1) + 1 + BitWriter::kSlack;
 }
 
-/// `bytes` are what `count` sequences stand for. `out` must have room for maxBlockOutput(size).
+/// `bytes` are what `count` sequences stand for; three behind them can be read. `out` must have
+/// room for maxBlockOutput(size).
 void writeBlock(BitWriter& out, const std::uint8_t* bytes, std::size_t size,
                 const Sequence* sequences, std::size_t count, const Frequencies& frequencies,
                 bool last);

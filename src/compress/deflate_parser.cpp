@@ -145,44 +145,24 @@ class PairParser final : public Parser {
  public:
   void start(std::size_t size) noexcept override {
     index_.start(size);
-    manyLiterals_ = false;
+    hashedBytes_ = kUsual;
   }
 
   std::size_t parse(const WindowView& window, std::size_t next, std::size_t stop, Block& block,
                     Frequencies& counts) override {
-    if (index_.leftOut(window.position + static_cast<std::uint32_t>(next)))
-      manyLiterals_ = true;  // it was noise
+    const std::uint32_t position = window.position + static_cast<std::uint32_t>(next);
+    if (index_.leftOut(position))
+      hashedBytes_ = kFewest;  // it was noise
     else
       judgeLiterals(counts);
-    // Short matches are worth the time where literals cost as much as they do in programs; in texts
-    // a longer hash finds longer matches.
-    return manyLiterals_ ? run<4>(window, next, stop, block, counts)
-                         : run<5>(window, next, stop, block, counts);
-  }
 
- private:
-  void judgeLiterals(const Frequencies& counts) noexcept {
-    constexpr std::uint32_t kEnough = 1024;
-    constexpr unsigned kMany = 160;
-    std::uint32_t sum = 0, used = 0;
-    for (unsigned i = 0; i < kEndOfBlock; ++i) {
-      sum += counts.literal[i];
-      used += counts.literal[i] != 0 ? 1 : 0;
-    }
-    if (sum >= kEnough) manyLiterals_ = used >= kMany;
-  }
-
-  template <unsigned HashedBytes>
-  std::size_t run(const WindowView& window, std::size_t next, std::size_t stop, Block& block,
-                  Frequencies& counts) noexcept {
     const std::uint8_t* const begin = window.bytes;
     const std::uint8_t* const end = begin + window.end;
     const std::uint8_t* const stopAt = begin + stop;
     const std::uint8_t* p = begin + next;
     const std::uint8_t* literals = p;
     Block::Writer writer(block, counts);
-    HashPairs::Walk<HashedBytes> walk(index_, begin, p,
-                                      window.position + static_cast<std::uint32_t>(next));
+    HashPairs::Walk walk(index_, hashedBytes_, begin, p, position);
     const auto step = [&](unsigned limit) __attribute__((always_inline)) {
       Match match;
       if (!walk.find(p, limit, match)) {
@@ -203,8 +183,25 @@ class PairParser final : public Parser {
     return static_cast<std::size_t>(p - begin);
   }
 
+ private:
+  // A longer hash finds fewer matches, but longer ones: that pays where literals are cheap, the
+  // more the fewer different ones there are. Programs have many, prose has few.
+  static constexpr unsigned kFewest = 4, kUsual = 5, kMost = 6;
+
+  void judgeLiterals(const Frequencies& counts) noexcept {
+    constexpr std::uint32_t kEnough = 4096;
+    constexpr unsigned kMany = 160, kFew = 72;
+    std::uint32_t sum = 0;
+    unsigned used = 0;
+    for (unsigned i = 0; i < kEndOfBlock; ++i) {
+      sum += counts.literal[i];
+      used += counts.literal[i] != 0 ? 1 : 0;
+    }
+    if (sum >= kEnough) hashedBytes_ = used >= kMany ? kFewest : used < kFew ? kMost : kUsual;
+  }
+
   HashPairs index_;
-  bool manyLiterals_ = false;
+  unsigned hashedBytes_ = kUsual;
 };
 
 }  // namespace
