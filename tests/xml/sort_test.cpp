@@ -21,6 +21,9 @@ TEST(XmlSortTest, SortsChildren) {
       {"<b/><a/><C/>", {.ignoreCase = true}, "a,b,C"},
       {"<b>x<d/><c/></b><a/>", {}, "a,b[x](d,c)"},  // not what is below them
       {"<x>b</x><x>a</x><x/><x>aa</x>", {.of = Of::Content}, "x,x[a],x[aa],x[b]"},
+      {"<x>12345678b</x><x>12345678</x><x>12345678a</x><x>1234567</x>",
+       {.of = Of::Content},
+       "x[1234567],x[12345678],x[12345678a],x[12345678b]"},
       {"<x>10</x><x>9</x><x>-1</x>", {.of = Of::Content}, "x[-1],x[10],x[9]"},
       {"<x>10</x><x>9</x><x> -1.5</x><x>ten</x><x>+2</x>",
        {.of = Of::Content, .numeric = true},
