@@ -1,16 +1,15 @@
 // XML trees beside pugixml, libxml2 and Expat, which has no tree: loading, with the release of the
-// tree, and writing into a reused buffer. Bytes per second are of the document as it is loaded.
-// `bytes_per_element` is what the heap holds for the tree and its text.
+// tree; writing into a reused buffer; finding all elements of a tag; sorting records, by one field
+// and another in turns. Bytes per second are of the document as it is loaded. `bytes_per_element`
+// is what the heap holds for the tree and its text.
 
 #include <benchmark/benchmark.h>
 #include <malloc.h>
 
 #include <cstdint>
-#include <functional>
+#include <cstring>
 #include <memory>
 #include <string>
-#include <string_view>
-#include <vector>
 
 #ifdef HAVE_PUGIXML
 #include <pugixml.hpp>
@@ -26,6 +25,8 @@
 #include "core/log_null.h"
 #include "core/string_buffer.h"
 #include "xml/parse_engine.h"
+#include "xml/xml_search.h"
+#include "xml/xml_sort.h"
 #include "xml/xml_store.h"
 #include "xml/xml_writer.h"
 #include "xml_samples.h"
@@ -34,11 +35,14 @@ namespace {
 
 using namespace zantrel;
 
-/// A loaded document; writing answers how many bytes it is.
+/// A loaded document.
 class Tree {
  public:
   virtual ~Tree() = default;
-  virtual std::size_t write() = 0;
+  /// Answers how many bytes it wrote.
+  virtual std::size_t write() { return 0; }
+  /// How many elements have the tag.
+  virtual std::size_t count(const char*) { return 0; }
 };
 using Load = std::unique_ptr<Tree> (*)(const std::string& xml);
 
@@ -52,12 +56,15 @@ class OurTree final : public Tree {
     writeXml(tree_->root, false, out);
     return out.getSize();
   }
-  std::size_t elements() const {
-    std::size_t count = 0;
-    for (const TreeNode* node = tree_->root; node != nullptr; node = node->next(tree_->root))
-      ++count;
-    return count;
+  std::size_t count(const char* tag) override {
+    const XmlMatcher matcher({.tag = tag});
+    std::size_t found = 0;
+    for (TreeNode* node = nullptr; (node = findNext(tree_->root, node, matcher)) != nullptr;)
+      ++found;
+    return found;
   }
+  void sort(const XmlSortKey& key) { sortChildren(*tree_->root, key); }
+  std::size_t elements() { return count("*"); }
 
  private:
   LogNull log_;
@@ -76,6 +83,19 @@ class PugiTree final : public Tree {
     out.text.clear();
     document_.save(out, "    ", pugi::format_default, pugi::encoding_utf8);
     return out.text.size();
+  }
+  std::size_t count(const char* tag) override {
+    struct Counter final : pugi::xml_tree_walker {
+      bool for_each(pugi::xml_node& node) override {
+        found += std::strcmp(node.name(), tag) == 0;
+        return true;
+      }
+      const char* tag = nullptr;
+      std::size_t found = 0;
+    } counter;
+    counter.tag = tag;
+    document_.traverse(counter);
+    return counter.found;
   }
 
  private:
@@ -103,6 +123,20 @@ class LibxmlTree final : public Tree {
     xmlFree(text);
     return static_cast<std::size_t>(size);
   }
+  std::size_t count(const char* tag) override {
+    std::size_t found = 0;
+    for (const xmlNode* node = xmlDocGetRootElement(document_); node != nullptr;) {
+      if (node->type == XML_ELEMENT_NODE)
+        found += std::strcmp(reinterpret_cast<const char*>(node->name), tag) == 0;
+      if (node->type == XML_ELEMENT_NODE && node->children != nullptr) {
+        node = node->children;
+        continue;
+      }
+      while (node != nullptr && node->next == nullptr) node = node->parent;
+      if (node != nullptr) node = node->next;
+    }
+    return found;
+  }
 
  private:
   xmlDocPtr document_;
@@ -128,7 +162,6 @@ class ExpatCount final : public Tree {
     XML_Parse(parser, xml.data(), static_cast<int>(xml.size()), 1);
     XML_ParserFree(parser);
   }
-  std::size_t write() override { return count_; }
 
  private:
   std::size_t count_ = 0;
@@ -184,6 +217,22 @@ void measureWrite(benchmark::State& state, const Implementation& implementation,
     if (tree->write() < xml.size() / 2) state.SkipWithError("incomplete");
 }
 
+void measureFind(benchmark::State& state, const Implementation& implementation,
+                 const std::string& xml) {
+  const std::unique_ptr<Tree> tree = implementation.load(xml);
+  const std::size_t expected = OurTree(xml).count("place");
+  for (auto _ : state)
+    if (tree->count("place") != expected) state.SkipWithError("wrong");
+}
+
+void measureSort(benchmark::State& state, const Implementation&, const std::string& xml) {
+  OurTree tree(xml);
+  const XmlSortKey byName{.of = XmlSortKey::Of::Content, .recordTag = "name"};
+  const XmlSortKey byPrice{.of = XmlSortKey::Of::Content, .recordTag = "price", .numeric = true};
+  bool names = false;
+  for (auto _ : state) tree.sort((names = !names) ? byName : byPrice);
+}
+
 struct Document {
   const char* name;
   std::string (*make)(std::size_t size);
@@ -226,6 +275,12 @@ void add(const std::string& operation, Measure measure, const Document& document
         if (implementation.hasTree) add("xml_write", measureWrite, document, size, implementation);
       }
     }
+  }
+  const Document& records = kDocuments[0];
+  for (const Size& size : kSizes) {
+    for (const Implementation& implementation : kImplementations)
+      if (implementation.hasTree) add("xml_find", measureFind, records, size, implementation);
+    add("xml_sort", measureSort, records, size, kImplementations[0]);
   }
   return true;
 }();
