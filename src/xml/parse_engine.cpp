@@ -450,11 +450,9 @@ void Parser::keepContent(const Open& closed) {
 
 inline void Parser::keepChildren(TreeNode* node, std::size_t first) {
   const std::size_t count = children_.size() - first;
+  if (count == 1) return node->borrowOnlyChild(children_.back());
   auto** const list = static_cast<TreeNode**>(arena_.allocate(count * sizeof(TreeNode*)));
-  if (count == 1)
-    *list = children_.back();
-  else
-    std::copy_n(children_.data() + first, count, list);
+  std::copy_n(children_.data() + first, count, list);
   node->borrowChildren(list, count);
 }
 

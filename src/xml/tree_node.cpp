@@ -46,9 +46,9 @@ std::size_t TreeNode::findIndex(const TreeNode& above) const {
   const std::size_t count = above.childCount_;
   const std::size_t guess = std::min<std::size_t>(index_, count - 1);
   for (std::size_t away = 0;; ++away) {
-    if (guess + away < count && above.children_[guess + away] == this)
+    if (guess + away < count && above.list()[guess + away] == this)
       index_ = static_cast<std::uint32_t>(guess + away);
-    else if (away <= guess && above.children_[guess - away] == this)
+    else if (away <= guess && above.list()[guess - away] == this)
       index_ = static_cast<std::uint32_t>(guess - away);
     else
       continue;
@@ -57,7 +57,7 @@ std::size_t TreeNode::findIndex(const TreeNode& above) const {
 }
 
 TreeNode* TreeNode::next(const TreeNode* top) const {
-  return childCount_ != 0 ? children_[0] : nextBeside(top);
+  return childCount_ != 0 ? child(0) : nextBeside(top);
 }
 
 TreeNode* TreeNode::nextBeside(const TreeNode* top) const {
@@ -72,11 +72,15 @@ void TreeNode::growChildren() {
   if (own && childCount_ != 0 && !std::has_single_bit(childCount_)) return;
   if (childCount_ >= 0x40000000) throw std::bad_alloc();
   XmlArena::noteOwner(this);
-  auto** const list = new TreeNode*[std::bit_ceil(childCount_ + 1U)];
-  std::copy(children_, children_ + childCount_, list);
-  if (own) delete[] children_;
+  takeList(new TreeNode*[std::bit_ceil(childCount_ + 1U)]);
+}
+
+// The children move to another list, of the node's own.
+void TreeNode::takeList(TreeNode** list) {
+  std::copy_n(this->list(), childCount_, list);
+  if ((flags_ & kOwnChildren) != 0) delete[] children_;
   children_ = list;
-  flags_ |= kOwnChildren;
+  flags_ = static_cast<std::uint8_t>((flags_ | kOwnChildren) & ~kOnlyChild);
 }
 
 void TreeNode::makeRoomForChild() {
@@ -85,16 +89,18 @@ void TreeNode::makeRoomForChild() {
 
 void TreeNode::insertChild(std::size_t at, TreeNode* child) {
   growChildren();
-  std::copy_backward(children_ + at, children_ + childCount_, children_ + childCount_ + 1);
-  children_[at] = child;
+  TreeNode** const list = children_;  // the node's own now
+  std::copy_backward(list + at, list + childCount_, list + childCount_ + 1);
+  list[at] = child;
   ++childCount_;
   child->above_ = this;
   child->index_ = static_cast<std::uint32_t>(at);
 }
 
 TreeNode* TreeNode::takeChild(std::size_t i) {
-  TreeNode* const taken = children_[i];
-  std::copy(children_ + i + 1, children_ + childCount_, children_ + i);
+  TreeNode** const list = this->list();
+  TreeNode* const taken = list[i];
+  std::copy(list + i + 1, list + childCount_, list + i);
   --childCount_;
   taken->above_ = nullptr;
   return taken;
@@ -108,12 +114,9 @@ void TreeNode::ownData() {
 }
 
 void TreeNode::ownChildren() {
-  if ((flags_ & kOwnChildren) != 0 || childCount_ == 0) return;
+  if ((flags_ & (kOwnChildren | kOnlyChild)) != 0 || childCount_ == 0) return;
   XmlArena::noteOwner(this);
-  auto** const list = new TreeNode*[std::bit_ceil(childCount_)];
-  std::copy(children_, children_ + childCount_, list);
-  children_ = list;
-  flags_ |= kOwnChildren;
+  takeList(new TreeNode*[std::bit_ceil(childCount_)]);
 }
 
 void TreeNode::swapFlags(TreeNode& other, unsigned which) {
@@ -145,11 +148,11 @@ void TreeNode::swapContent(TreeNode& other) {
     other.ownChildren();
   }
   swapData(other);
-  swapFlags(other, kOwnChildren);
+  swapFlags(other, kOwnChildren | kOnlyChild);
   std::swap(children_, other.children_);
   std::swap(childCount_, other.childCount_);
   for (TreeNode* node : {this, &other})
-    for (std::size_t i = 0; i < node->childCount_; ++i) node->children_[i]->above_ = node;
+    for (std::size_t i = 0; i < node->childCount_; ++i) node->child(i)->above_ = node;
 }
 
 }  // namespace zantrel

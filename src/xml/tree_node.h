@@ -36,7 +36,7 @@ class TreeNode final {
   const AttributeSet& attributes() const { return attributes_; }
 
   std::size_t numChildren() const { return childCount_; }
-  TreeNode* child(std::size_t i) const { return children_[i]; }
+  TreeNode* child(std::size_t i) const { return list()[i]; }
   bool isRoot() const { return (flags_ & kRoot) != 0; }
   TreeNode* parent() const { return isRoot() ? nullptr : static_cast<TreeNode*>(above_); }
   /// Of the tree that the node is in; null for a node in none. Climbs to the root.
@@ -47,7 +47,7 @@ class TreeNode final {
   std::size_t index() const {
     const TreeNode* const above = parent();
     if (above == nullptr) return 0;
-    const bool isThere = index_ < above->childCount_ && above->children_[index_] == this;
+    const bool isThere = index_ < above->childCount_ && above->child(index_) == this;
     return isThere ? index_ : findIndex(*above);
   }
   /// The sibling behind this one, or null.
@@ -55,7 +55,7 @@ class TreeNode final {
     const TreeNode* const above = parent();
     const std::size_t beside = index() + 1;
     if (above == nullptr || beside >= above->childCount_) return nullptr;
-    TreeNode* const sibling = above->children_[beside];
+    TreeNode* const sibling = above->child(beside);
     sibling->index_ = static_cast<std::uint32_t>(beside);
     return sibling;
   }
@@ -77,9 +77,9 @@ class TreeNode final {
   /// above nor below this one.
   void swapContent(TreeNode& other);
   /// The children themselves, to be reordered; noteOrder() then tells them their places.
-  TreeNode** children() { return children_; }
+  TreeNode** children() { return list(); }
   void noteOrder() {
-    for (std::uint32_t i = 0; i < childCount_; ++i) children_[i]->index_ = i;
+    for (std::uint32_t i = 0; i < childCount_; ++i) child(i)->index_ = i;
   }
 
   // For the parser: parts that live as long as the arena of the node.
@@ -99,6 +99,11 @@ class TreeNode final {
     children_ = list;
     childCount_ = static_cast<std::uint32_t>(count);
   }
+  void borrowOnlyChild(TreeNode* child) {
+    onlyChild_ = child;
+    childCount_ = 1;
+    flags_ |= kOnlyChild;
+  }
   /// For a node that the parent's list is going to have at that place.
   void placeUnder(TreeNode* parent, std::size_t index) {
     above_ = parent;
@@ -111,14 +116,18 @@ class TreeNode final {
 
   static constexpr std::uint8_t kAlive = 206;
   static constexpr std::uint8_t kDead = 0;
-  enum Flags : std::uint8_t { kCdata = 1, kRoot = 2, kOwnChildren = 4 };
+  enum Flags : std::uint8_t { kCdata = 1, kRoot = 2, kOwnChildren = 4, kOnlyChild = 8 };
 
   TreeNode() = default;
   ~TreeNode() = default;  // the arena calls releaseOwned() instead
   void releaseOwned();
   void set(const char*& text, std::uint32_t& size, std::string_view first,
            std::string_view second = {});
+  // An only child of the parser's is a list in the node itself.
+  TreeNode** list() { return (flags_ & kOnlyChild) != 0 ? &onlyChild_ : children_; }
+  TreeNode* const* list() const { return (flags_ & kOnlyChild) != 0 ? &onlyChild_ : children_; }
   void growChildren();
+  void takeList(TreeNode** list);
   void ownData();
   void ownChildren();
   void swapFlags(TreeNode& other, unsigned which);
@@ -133,7 +142,10 @@ class TreeNode final {
   const char* content_ = nullptr;
   std::uint32_t tagSize_ = 0;
   std::uint32_t contentSize_ = 0;
-  TreeNode** children_ = nullptr;
+  union {
+    TreeNode** children_ = nullptr;
+    TreeNode* onlyChild_;
+  };
   void* above_ = nullptr;  // the parent; the TreeInfo of a root; the next free node of a dead one
   AttributeSet attributes_;
 };

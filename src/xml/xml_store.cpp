@@ -194,8 +194,8 @@ void XmlStore::end(TreeNode* node) {
     TreeNode* const ended = waiting;
     waiting = static_cast<TreeNode*>(ended->above_);
     for (std::size_t i = 0; i < ended->childCount_; ++i) {
-      ended->children_[i]->above_ = waiting;
-      waiting = ended->children_[i];
+      ended->child(i)->above_ = waiting;
+      waiting = ended->child(i);
     }
     const std::uint32_t handles = ended->handles_;
     ended->releaseOwned();

@@ -117,6 +117,21 @@ TEST(XmlStoreTest, ANodeFindsItsPlaceAfterChangesBeforeIt) {
   EXPECT_EQ(outline(root), "r(,,b,c,d)");
 }
 
+TEST(XmlStoreTest, AnOnlyChildTakesOthersBesideIt) {
+  const Document document("<r><a><b><c/></b></a></r>");
+  TreeNode& root = document.root();
+  root.insertChild(0, document.store().newNode());
+  root.appendChild(document.store().newNode());
+  EXPECT_EQ(outline(root), "r(,a(b(c)),)");
+  TreeNode* const only = root.child(1)->takeChild(0);
+  EXPECT_EQ(outline(root), "r(,a,)");
+  root.child(1)->appendChild(document.store().newNode());
+  root.child(1)->swapContent(*only);
+  EXPECT_EQ(outline(root), "r(,b(c),)");
+  EXPECT_EQ(root.child(1)->child(0)->parent(), root.child(1));
+  document.store().end(only);
+}
+
 TEST(XmlStoreTest, AParsedNodeIsSmall) {
   std::string text = "<list>";
   for (int i = 0; i < 10000; ++i) text += "<name>value</name>";
