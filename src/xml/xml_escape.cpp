@@ -96,7 +96,8 @@ inline char* putEscaped(XmlOutput& out, char* to, std::string_view text, StaysAs
       continue;
     }
     const Reference reference = referenceOf(c);
-    to = out.room(to, sizeof reference + left);
+    // More than the rest needs as it stands, or each further reference might move all of the text.
+    to = out.room(to, sizeof reference + left, left);
     std::memcpy(to, reference.text, sizeof reference.text);
     to += reference.size;
   }

@@ -22,9 +22,10 @@ class XmlOutput final {
   XmlOutput(const XmlOutput&) = delete;
   XmlOutput& operator=(const XmlOutput&) = delete;
 
-  /// Room for `size` bytes at the place that is returned. A block of bytes more may be overwritten.
-  char* room(char* to, std::size_t size) {
-    return static_cast<std::size_t>(end_ - to) >= size ? to : grow(to, size);
+  /// Room for `size` bytes at the place that is returned, and for `more` when there has to be made
+  /// any. A block of bytes more may be overwritten.
+  char* room(char* to, std::size_t size, std::size_t more = 0) {
+    return static_cast<std::size_t>(end_ - to) >= size ? to : grow(to, size, more);
   }
   char* put(char* to, std::string_view text) {
     to = room(to, text.size());
@@ -43,11 +44,11 @@ class XmlOutput final {
     start_ = end_ = nullptr;
   }
   // At least as much again as there is, so that the work stays linear.
-  char* grow(const char* to, std::size_t size) {
+  char* grow(const char* to, std::size_t size, std::size_t more) {
     constexpr std::size_t kLeast = 4096;
     constexpr std::size_t kSlack = ByteBlock::kSize;
     give(to);
-    std::size_t taken = std::max({size, kLeast, std::size_t{out_.getSize()}});
+    std::size_t taken = std::max({size + more, kLeast, std::size_t{out_.getSize()}});
     start_ = out_.prepare(taken + kSlack);
     if (start_ == nullptr) start_ = out_.prepare((taken = size) + kSlack);
     if (start_ == nullptr) throw std::bad_alloc();
