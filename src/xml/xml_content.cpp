@@ -64,6 +64,8 @@ bool unzip(ByteSpan zipped, DataBuffer& out, LogBase& log) {
 bool wrap(ByteSpan bytes, const BinaryContent& how, StringBuffer& out, LogBase& log) {
   SecretBuffer zipped;
   if (how.zip) {
+    // In one piece: a buffer that grows leaves parts of a secret behind.
+    if (how.encrypt) need(zipped.buffer().reserve(bytes.size() + bytes.size() / 1000 + 64));
     if (!zip(bytes, zipped.buffer(), log)) return false;
     bytes = zipped.bytes();
   }
