@@ -1,12 +1,12 @@
-// Finding and sorting in XML trees of more and more records, beside pugixml and libxml2, which are
-// used as their own programs do: a walk that compares, a sort of pointers. Items are elements for
-// finding and records for sorting: where their rate stays the same, time is linear.
+// Finding by attribute, content and path, and sorting, in XML trees of more and more records,
+// beside pugixml, which is used as its own programs do: a walk that compares, a sort of pointers.
+// Items are elements for finding and records for sorting: where their rate stays the same, time is
+// linear. What xml_bench.cpp has is finding by tag.
 
 #include <benchmark/benchmark.h>
 
 #include <algorithm>
 #include <cstdint>
-#include <memory>
 #include <random>
 #include <string>
 #include <string_view>
@@ -14,10 +14,6 @@
 
 #ifdef HAVE_PUGIXML
 #include <pugixml.hpp>
-#endif
-#ifdef HAVE_LIBXML2
-#include <libxml/parser.h>
-#include <libxml/tree.h>
 #endif
 
 #include "core/log_null.h"
@@ -66,9 +62,6 @@ void findWith(benchmark::State& state, std::int64_t records, const XmlCriteria& 
   countElements(state, records);
 }
 
-void findTag(benchmark::State& state, std::int64_t records) {
-  findWith(state, records, {.tag = "last"});
-}
 void findAttribute(benchmark::State& state, std::int64_t records) {
   findWith(state, records, {.attribute = "kind", .value = "needle"});
 }
@@ -100,19 +93,6 @@ void sortRecords(benchmark::State& state, std::int64_t records) {
 }
 
 #ifdef HAVE_PUGIXML
-void findTagPugi(benchmark::State& state, std::int64_t records) {
-  const std::string xml = documentOf(records);
-  pugi::xml_document document;
-  document.load_string(xml.c_str());
-  for (auto _ : state) {
-    const std::string tag = "last";
-    const auto found =
-        document.find_node([&tag](const pugi::xml_node& node) { return tag == node.name(); });
-    if (!found) state.SkipWithError("lost");
-  }
-  countElements(state, records);
-}
-
 void findAttributePugi(benchmark::State& state, std::int64_t records) {
   const std::string xml = documentOf(records);
   pugi::xml_document document;
@@ -149,48 +129,19 @@ void sortRecordsPugi(benchmark::State& state, std::int64_t records) {
 }
 #endif
 
-#ifdef HAVE_LIBXML2
-void findTagLibxml(benchmark::State& state, std::int64_t records) {
-  const std::string xml = documentOf(records);
-  const std::unique_ptr<xmlDoc, void (*)(xmlDocPtr)> document(
-      xmlReadMemory(xml.data(), static_cast<int>(xml.size()), nullptr, nullptr, XML_PARSE_HUGE),
-      xmlFreeDoc);
-  for (auto _ : state) {
-    const xmlNode* const root = xmlDocGetRootElement(document.get());
-    const xmlNode* node = root;
-    const auto* const tag = reinterpret_cast<const xmlChar*>("last");
-    while (node != nullptr && !(node->type == XML_ELEMENT_NODE && xmlStrEqual(node->name, tag))) {
-      if (node->type == XML_ELEMENT_NODE && node->children != nullptr) {
-        node = node->children;
-        continue;
-      }
-      while (node != root && node->next == nullptr) node = node->parent;
-      node = node == root ? nullptr : node->next;
-    }
-    if (node == nullptr) state.SkipWithError("lost");
-  }
-  countElements(state, records);
-}
-#endif
-
 struct Row {
   const char* operation;
   const char* implementation;
   void (*measure)(benchmark::State&, std::int64_t records);
 };
 constexpr Row kRows[] = {
-    {"xml_find/tag", "zantrel", findTag},
     {"xml_find/attribute", "zantrel", findAttribute},
     {"xml_find/content", "zantrel", findContent},
     {"xml_find/path", "zantrel", followPath},
     {"xml_sort/records", "zantrel", sortRecords},
 #ifdef HAVE_PUGIXML
-    {"xml_find/tag", "pugixml", findTagPugi},
     {"xml_find/attribute", "pugixml", findAttributePugi},
     {"xml_sort/records", "pugixml", sortRecordsPugi},
-#endif
-#ifdef HAVE_LIBXML2
-    {"xml_find/tag", "libxml2", findTagLibxml},
 #endif
 };
 
