@@ -20,7 +20,7 @@ FastStop fast(const FastJob& job) noexcept {
 #if defined(ZT_X86_64)
   if (cpuFeatures().avx2) return fastAvx2(job);
 #endif
-  return fastLoop<PortableBits>(job);
+  return job.paired ? fastLoop<PortableBits, true>(job) : fastLoop<PortableBits, false>(job);
 }
 
 }  // namespace zantrel::inflate

@@ -33,6 +33,7 @@ struct FastJob {
   const Entry* primary;   ///< plain or paired literals and lengths
   const Entry* literals;  ///< where their subtables are
   const Entry* distances;
+  bool paired;           ///< which of the two
   std::uint8_t* stopAt;  ///< the loop ends behind this position, or earlier
 };
 
@@ -80,8 +81,9 @@ inline constexpr std::size_t kOutputMargin = 12 + 258 + kCopiedAtOnce;
   } while (to < end);
 }
 
-// Bits says how the lowest bits of a word are had.
-template <class Bits>
+// Bits says how the lowest bits of a word are had, Paired whether one entry may give more than one
+// literal, or a literal and a length.
+template <class Bits, bool Paired>
 [[gnu::always_inline]] inline FastStop fastLoop(const FastJob& job) noexcept {
   BitReader in = job.in;
   const Entry* const primary = job.primary;
@@ -107,8 +109,13 @@ template <class Bits>
   };
   // Gives an entry's literals and takes its bits.
   const auto apply = [&](Entry entry) __attribute__((always_inline)) {
-    storeWord<std::endian::little>(literalsIn(entry), out);
-    out += literalsOf(entry);
+    if constexpr (Paired) {
+      storeWord<std::endian::little>(literalsIn(entry), out);
+      out += literalsOf(entry);
+    } else {
+      *out = static_cast<std::uint8_t>(literalsIn(entry));
+      out += isLiteral(entry) ? 1 : 0;
+    }
     before = bits;
     take(entry);
   };

@@ -18,6 +18,7 @@ namespace {
 
 // A code that serves for this much output is worth a table of pairs.
 constexpr std::size_t kPairsPayBehind = 12288;
+constexpr std::size_t kNever = std::numeric_limits<std::size_t>::max();
 
 // The trace of a stream of many empty blocks would otherwise outgrow the stream itself.
 constexpr int kMaxTraceLines = 10000;
@@ -179,8 +180,8 @@ InflateState2::Step InflateState2::decode(BitReader& in, Output& out) {
         break;
       case State::fixedSetup:
         tables_ = &inflate::fixedTables();
-        pairsDue_ = 0;
-        havePairs_ = true;
+        pairsDue_ = kNever;
+        havePairs_ = false;
         enter(State::fixedData);
         break;
       case State::dynamicSetup:
@@ -265,8 +266,8 @@ InflateState2::Step InflateState2::decodeBlock(BitReader& in, Output& out) {
 
 InflateState2::Step InflateState2::decodeFast(BitReader& in, Output& out) {
   if (!havePairs_ && pairsDue_ == 0) {
-    inflate::buildPairTable(own_);
-    havePairs_ = true;
+    havePairs_ = inflate::buildPairTable(own_);
+    if (!havePairs_) pairsDue_ = kNever;
   }
   std::size_t room = out.room() - inflate::kOutputMargin;
   if (!havePairs_) room = std::min(room, pairsDue_);
@@ -277,6 +278,7 @@ InflateState2::Step InflateState2::decodeFast(BitReader& in, Output& out) {
                              havePairs_ ? tables_->pairs.data() : tables_->literals.data(),
                              tables_->literals.data(),
                              tables_->distances.data(),
+                             havePairs_,
                              out.next + room};
   const inflate::FastStop stop = inflate::fast(job);
   pairsDue_ -= std::min(pairsDue_, static_cast<std::size_t>(out.next - start));

@@ -188,6 +188,18 @@ constexpr Entry joined(Entry literal, Entry second) {
   return (literal & ~kSecond) + (second & ~kFirst);
 }
 
+// Of the places of a table of pairs, how many hold a literal and a symbol behind it.
+unsigned pairedPlaces(const ShortCodes& codes) noexcept {
+  unsigned places = 0;
+  unsigned complete = 0;  // values of `bits` bits that begin with a whole code
+  for (unsigned bits = 1; bits < kLiteralBits; ++bits) {
+    complete = 2 * complete + static_cast<unsigned>(codes.ofLength(bits).size());
+    for (const ShortCodes::Item& first : codes.ofLength(kLiteralBits - bits))
+      places += isLiteral(first.entry) ? complete : 0;
+  }
+  return places;
+}
+
 enum class Sparse { refused, oneAllowed, noneAllowed };
 
 bool buildTable(std::span<const std::uint8_t> lengths, const Entry* symbols, std::span<Entry> table,
@@ -223,10 +235,12 @@ bool buildCodeLengthTable(std::span<const std::uint8_t> lengths, CodeLengthTable
   return buildTable(lengths, kCodeLengths.data(), table, kCodeLengthBits, Sparse::refused);
 }
 
-void buildPairTable(Tables& tables) noexcept {
+bool buildPairTable(Tables& tables) noexcept {
+  constexpr unsigned kWorthwhile = sizeOf(kLiteralBits) / 12;
+  const ShortCodes& codes = tables.shortCodes;
+  if (pairedPlaces(codes) < kWorthwhile) return false;
   // As a table of single codes is made: what is as long as the table's index has one place in it,
   // and doubling repeats it.
-  const ShortCodes& codes = tables.shortCodes;
   PairTable& pairs = tables.pairs;
   std::copy_n(tables.literals.begin(), pairs.size(), pairs.begin());
   const unsigned shortest = codes.shortest();
@@ -243,6 +257,7 @@ void buildPairTable(Tables& tables) noexcept {
       }
     }
   }
+  return true;
 }
 
 const Tables& fixedTables() noexcept {
@@ -259,7 +274,6 @@ const Tables& fixedTables() noexcept {
     std::array<std::uint8_t, kDistanceSymbols> distances;
     distances.fill(5);
     buildDistanceTable(distances, fixed);
-    buildPairTable(fixed);
     return fixed;
   }();
   return tables;

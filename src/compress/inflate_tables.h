@@ -134,10 +134,11 @@ bool buildLiteralTable(std::span<const std::uint8_t> lengths, Tables& tables) no
 bool buildDistanceTable(std::span<const std::uint8_t> lengths, Tables& tables) noexcept;
 bool buildCodeLengthTable(std::span<const std::uint8_t> lengths, CodeLengthTable& table) noexcept;
 
-/// From the literals of the same tables.
-void buildPairTable(Tables& tables) noexcept;
+/// From the literals of the same tables. False, and nothing is built, where the codes are so long
+/// that hardly any two fit the index together: single symbols are then decoded faster.
+bool buildPairTable(Tables& tables) noexcept;
 
-/// Those of the fixed code (RFC 1951, section 3.2.6), pairs included.
+/// Those of the fixed code (RFC 1951, section 3.2.6), without pairs: no two of its codes fit.
 const Tables& fixedTables() noexcept;
 
 }  // namespace zantrel::inflate

@@ -22,7 +22,7 @@ struct Bmi2Bits {
 }  // namespace
 
 [[gnu::aligned(64)]] ZT_TARGET_AVX2 FastStop fastAvx2(const FastJob& job) noexcept {
-  return fastLoop<Bmi2Bits>(job);
+  return job.paired ? fastLoop<Bmi2Bits, true>(job) : fastLoop<Bmi2Bits, false>(job);
 }
 
 }  // namespace zantrel::inflate
