@@ -133,6 +133,7 @@ class Parser final {
   char* readDocType(char* at);
   char* readInstruction(char* at);
   char* readStyleSheet(char* at);
+  char* findClosingEnd(char* at) const;
   char* readClosingTag(char* at);
   char* readElement(char* at);
   char* readAttributes(char* at, TreeNode* node, bool& isEmpty);
@@ -321,9 +322,20 @@ char* Parser::readStyleSheet(char* at) {
   return at + size;
 }
 
+// As a rule where the name of the open element ends: a guess, so that what follows need not wait
+// for the search.
+inline char* Parser::findClosingEnd(char* at) const {
+  if (open_.empty()) return findClass<kEndsClosing>(at);
+  const std::size_t size = open_.back().node->tag().size();
+  const ByteBlock block = ByteBlock::load(at);
+  const std::size_t first = (block.equal('>') | block.equal('<')).first();
+  if (first == size && size < ByteBlock::kSize) return at + size;
+  return findClass<kEndsClosing>(at);
+}
+
 inline char* Parser::readClosingTag(char* at) {
   const char* const tag = at;
-  at = findClass<kEndsClosing>(at + 2);
+  at = findClosingEnd(at + 2);
   if (*at == '<' || at == end_) {
     logErrorAt("Error in closing tag", tag);
     if (!open_.empty() && errors_ <= kMostErrors)

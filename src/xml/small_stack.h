@@ -22,6 +22,7 @@ class SmallStack final {
   std::size_t size() const { return static_cast<std::size_t>(end_ - begin_); }
   T* data() { return begin_; }
   T& back() { return end_[-1]; }
+  const T& back() const { return end_[-1]; }
   void push(const T& value) {
     if (end_ == limit_) grow();
     *end_++ = value;
