@@ -13,18 +13,18 @@ TreeNode* parentOf(TreeNode& node) {
   return node.parent();
 }
 TreeNode* firstOf(TreeNode& node) {
-  return node.numChildren() != 0 ? node.child(0) : nullptr;
+  return node.numChildren() != 0 ? node.placedChild(0) : nullptr;
 }
 TreeNode* lastOf(TreeNode& node) {
-  return node.numChildren() != 0 ? node.child(node.numChildren() - 1) : nullptr;
+  return node.numChildren() != 0 ? node.placedChild(node.numChildren() - 1) : nullptr;
 }
 TreeNode* nextOf(TreeNode& node) {
-  return node.parent() != nullptr ? node.nextBeside(node.parent()) : nullptr;
+  return node.nextSibling();
 }
 TreeNode* previousOf(TreeNode& node) {
   const TreeNode* const parent = node.parent();
   const std::size_t index = node.index();
-  return parent != nullptr && index != 0 ? parent->child(index - 1) : nullptr;
+  return parent != nullptr && index != 0 ? parent->placedChild(index - 1) : nullptr;
 }
 
 constexpr char kNoParent[] = "The element is the root of its tree.";

@@ -9,11 +9,44 @@
 
 namespace zantrel {
 
+namespace {
+
+// Two places before the first child of a list that is the node's own tell of the list: how many
+// places lie before these, left by children that went from the front, and how many children there
+// is room for.
+constexpr std::size_t kHead = 2;
+
+std::size_t numberIn(TreeNode* const& place) {
+  return reinterpret_cast<std::uintptr_t>(place);
+}
+std::size_t leftBefore(TreeNode* const* list) {
+  return numberIn(list[-2]);
+}
+std::size_t roomOf(TreeNode* const* list) {
+  return numberIn(list[-1]);
+}
+void setHead(TreeNode** list, std::size_t before, std::size_t room) {
+  list[-2] = reinterpret_cast<TreeNode*>(before);
+  list[-1] = reinterpret_cast<TreeNode*>(room);
+}
+
+TreeNode** newList(std::size_t room) {
+  auto** const list = new TreeNode*[room + kHead] + kHead;
+  setHead(list, 0, room);
+  return list;
+}
+
+void deleteList(TreeNode** list) {
+  delete[](list - kHead - leftBefore(list));
+}
+
+}  // namespace
+
 void TreeNode::releaseOwned() {
   XmlSlice::release(tag_, tagSize_);
   XmlSlice::release(content_, contentSize_);
   attributes_.clear();
-  if ((flags_ & kOwnChildren) != 0) delete[] children_;
+  if ((flags_ & kOwnChildren) != 0) deleteList(children_);
   children_ = nullptr;
   childCount_ = 0;
   flags_ = 0;
@@ -66,29 +99,26 @@ TreeNode* TreeNode::nextBeside(const TreeNode* top) const {
   return nullptr;
 }
 
-// Lists double when their count is a power of two; those of the parser have no room to spare.
-void TreeNode::growChildren() {
-  const bool own = (flags_ & kOwnChildren) != 0;
-  if (own && childCount_ != 0 && !std::has_single_bit(childCount_)) return;
-  if (childCount_ >= 0x40000000) throw std::bad_alloc();
+// They become a list of the node's own.
+void TreeNode::moveChildren(std::size_t room) {
   XmlArena::noteOwner(this);
-  takeList(new TreeNode*[std::bit_ceil(childCount_ + 1U)]);
-}
-
-// The children move to another list, of the node's own.
-void TreeNode::takeList(TreeNode** list) {
+  TreeNode** const list = newList(room);
   std::copy_n(this->list(), childCount_, list);
-  if ((flags_ & kOwnChildren) != 0) delete[] children_;
+  if ((flags_ & kOwnChildren) != 0) deleteList(children_);
   children_ = list;
   flags_ = static_cast<std::uint8_t>((flags_ | kOwnChildren) & ~kOnlyChild);
 }
 
+// With half as many places to spare at least, also for children that come at the end while others
+// go from the front. Lists of the parser have none.
 void TreeNode::makeRoomForChild() {
-  growChildren();
+  if ((flags_ & kOwnChildren) != 0 && childCount_ < roomOf(children_)) return;
+  if (childCount_ >= 0x40000000) throw std::bad_alloc();
+  moveChildren(std::bit_ceil(childCount_ + childCount_ / 2 + 2U));
 }
 
 void TreeNode::insertChild(std::size_t at, TreeNode* child) {
-  growChildren();
+  makeRoomForChild();
   TreeNode** const list = children_;  // the node's own now
   std::copy_backward(list + at, list + childCount_, list + childCount_ + 1);
   list[at] = child;
@@ -97,10 +127,27 @@ void TreeNode::insertChild(std::size_t at, TreeNode* child) {
   child->index_ = static_cast<std::uint32_t>(at);
 }
 
+void TreeNode::dropFirstPlace() {
+  if ((flags_ & kOnlyChild) != 0) {
+    flags_ = static_cast<std::uint8_t>(flags_ & ~kOnlyChild);
+    children_ = nullptr;
+    return;
+  }
+  ++children_;
+  if ((flags_ & kOwnChildren) != 0)
+    setHead(children_, leftBefore(children_ - 1) + 1, roomOf(children_ - 1) - 1);
+}
+
+// Those on the shorter side move.
 TreeNode* TreeNode::takeChild(std::size_t i) {
   TreeNode** const list = this->list();
   TreeNode* const taken = list[i];
-  std::copy(list + i + 1, list + childCount_, list + i);
+  if (i < childCount_ - i) {
+    std::copy_backward(list, list + i, list + i + 1);
+    dropFirstPlace();
+  } else {
+    std::copy(list + i + 1, list + childCount_, list + i);
+  }
   --childCount_;
   taken->above_ = nullptr;
   return taken;
@@ -115,8 +162,7 @@ void TreeNode::ownData() {
 
 void TreeNode::ownChildren() {
   if ((flags_ & (kOwnChildren | kOnlyChild)) != 0 || childCount_ == 0) return;
-  XmlArena::noteOwner(this);
-  takeList(new TreeNode*[std::bit_ceil(childCount_)]);
+  moveChildren(childCount_);
 }
 
 void TreeNode::swapFlags(TreeNode& other, unsigned which) {

@@ -37,6 +37,11 @@ class TreeNode final {
 
   std::size_t numChildren() const { return childCount_; }
   TreeNode* child(std::size_t i) const { return list()[i]; }
+  /// The same; the child then knows its index, although siblings before it may have gone.
+  TreeNode* placedChild(std::size_t i) const {
+    child(i)->index_ = static_cast<std::uint32_t>(i);
+    return child(i);
+  }
   bool isRoot() const { return (flags_ & kRoot) != 0; }
   TreeNode* parent() const { return isRoot() ? nullptr : static_cast<TreeNode*>(above_); }
   /// Of the tree that the node is in; null for a node in none. Climbs to the root.
@@ -126,8 +131,8 @@ class TreeNode final {
   // An only child of the parser's is a list in the node itself.
   TreeNode** list() { return (flags_ & kOnlyChild) != 0 ? &onlyChild_ : children_; }
   TreeNode* const* list() const { return (flags_ & kOnlyChild) != 0 ? &onlyChild_ : children_; }
-  void growChildren();
-  void takeList(TreeNode** list);
+  void moveChildren(std::size_t room);
+  void dropFirstPlace();
   void ownData();
   void ownChildren();
   void swapFlags(TreeNode& other, unsigned which);

@@ -15,7 +15,7 @@ bool isIndex(std::int32_t index, std::size_t count, LogBase& log) {
 }
 
 TreeNode* childNumber(const TreeNode& node, std::int32_t index, LogBase& log) {
-  return isIndex(index, node.numChildren(), log) ? node.child(static_cast<std::size_t>(index))
+  return isIndex(index, node.numChildren(), log) ? node.placedChild(static_cast<std::size_t>(index))
                                                  : nullptr;
 }
 
@@ -35,7 +35,7 @@ bool isWithin(const TreeNode* node, const TreeNode& top) {
 }
 
 void removeAllChildren(TreeNode& node, XmlStore& store) {
-  while (node.numChildren() != 0) store.remove(node.child(node.numChildren() - 1));
+  while (node.numChildren() != 0) store.remove(node.placedChild(node.numChildren() - 1));
 }
 
 }  // namespace zantrel

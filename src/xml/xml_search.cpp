@@ -73,10 +73,10 @@ TreeNode* findNextRecord(const TreeNode* record, const XmlMatcher& child) {
 
 TreeNode* findChild(const TreeNode& parent, std::string_view tag, std::size_t which) {
   const std::string_view asked = tagAsked(tag);
-  if (asked.empty()) return which < parent.numChildren() ? parent.child(which) : nullptr;
+  if (asked.empty()) return which < parent.numChildren() ? parent.placedChild(which) : nullptr;
   for (std::size_t i = 0; i < parent.numChildren(); ++i) {
     TreeNode* const child = parent.child(i);
-    if (child->tag() == asked && which-- == 0) return child;
+    if (child->tag() == asked && which-- == 0) return parent.placedChild(i);
   }
   return nullptr;
 }

@@ -294,5 +294,32 @@ TEST(ClsXmlHandleTest, ManyChildrenOfATagAreRemovedAtOnce) {
   EXPECT_EQ(content.getSizeUtf8(), 1000000U);
 }
 
+// Quadratic time would be minutes.
+TEST(ClsXmlHandleTest, ChildrenAreTakenFromTheFrontLikeFromAQueue) {
+  constexpr int kCount = 300000;
+  std::string text = "<a>";
+  for (int i = 0; i < kCount; ++i) text += "<b/>";
+  ClsXml xml, child;
+  load(xml, text + "</a>");
+  for (int i = 0; i < kCount; ++i) {
+    ASSERT_TRUE(xml.NewChildInt2("c", i));
+    if (i % 3 == 0) {
+      ASSERT_TRUE(xml.RemoveChildByIndex(0));
+    } else if (i % 3 == 1) {
+      ASSERT_TRUE(xml.ExtractChildByNameX("b", child));
+    } else {
+      ASSERT_TRUE(xml.FirstChildX(child));
+      ASSERT_TRUE(child.RemoveFromTree());
+    }
+  }
+  ASSERT_EQ(xml.get_NumChildren(), kCount);
+  ASSERT_TRUE(xml.GetChildX(kCount - 1, child));
+  EXPECT_EQ(child.get_ContentInt(), kCount - 1);
+  ASSERT_TRUE(xml.FirstChildX(child));
+  EXPECT_EQ(outlineOf(child), "c[0]");
+  ASSERT_TRUE(child.NextSibling2());
+  EXPECT_EQ(child.get_ContentInt(), 1);
+}
+
 }  // namespace
 }  // namespace zantrel::test
