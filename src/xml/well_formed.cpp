@@ -4,9 +4,12 @@
 #include "xml/well_formed.h"
 
 #include <algorithm>
+#include <bit>
 #include <cstdint>
+#include <cstring>
 #include <vector>
 
+#include "core/byte_order.h"
 #include "core/log_base.h"
 #include "core/utf8.h"
 #include "xml/unique_names.h"
@@ -213,14 +216,30 @@ bool Checker::readAttributes() {
          scan_.fail("The element has the attribute twice.", twice->data(), "attribute", *twice);
 }
 
+// Names are short: most compare in two words, or three bytes, which may overlap.
+inline bool isSameName(const char* a, const char* b, std::size_t size) {
+  const auto word = [](const char* at) {
+    return loadWord<std::uint64_t, std::endian::native>(reinterpret_cast<const std::uint8_t*>(at));
+  };
+  if (size > 16) return std::memcmp(a, b, size) == 0;
+  if (size >= 8) return word(a) == word(b) && word(a + size - 8) == word(b + size - 8);
+  const auto half = [](const char* at) {
+    return loadWord<std::uint32_t, std::endian::native>(reinterpret_cast<const std::uint8_t*>(at));
+  };
+  if (size >= 4) return half(a) == half(b) && half(a + size - 4) == half(b + size - 4);
+  return a[0] == b[0] && a[size / 2] == b[size / 2] && a[size - 1] == b[size - 1];
+}
+
 inline bool Checker::readClosingTag() {
   const char* const begin = scan_.at();
   if (tags_.size() == firstTag_)
     return scan_.failHere("The tag closes an element that does not begin in the same entity.");
   const std::string_view tag = tags_.back();
-  scan_.goTo(begin + 2);
-  if (scan_.left() > tag.size() && scan_.at()[tag.size()] == '>' && scan_.startsWith(tag)) {
-    scan_.goTo(begin + 2 + tag.size() + 1);
+  const char* const name = begin + 2;
+  scan_.goTo(name);
+  if (scan_.left() > tag.size() && name[tag.size()] == '>' &&
+      isSameName(name, tag.data(), tag.size())) {
+    scan_.goTo(name + tag.size() + 1);
     tags_.pop_back();
     return true;
   }

@@ -2,14 +2,13 @@
 // The parts of XML that stand in documents and in their DTDs alike, for the check of
 // well-formedness.
 
-#include <bit>
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
 #include <string>
 #include <string_view>
 
-#include "core/byte_order.h"
+#include "core/byte_block.h"
 #include "xml/xml_chars.h"
 
 namespace zantrel {
@@ -117,20 +116,13 @@ class XmlScanner {
   XmlEntity* entity_;
 };
 
-/// The first of three characters, or the end, 16 bytes at a time.
+/// The first of three characters, or the end.
 template <char A, char B, char C>
 inline const char* findOneOf(const char* at, const char* end) noexcept {
-  using Bytes = char __attribute__((vector_size(16)));
-  for (; end - at >= static_cast<std::ptrdiff_t>(sizeof(Bytes)); at += sizeof(Bytes)) {
-    Bytes bytes;
-    std::memcpy(&bytes, at, sizeof bytes);
-    const auto found = (bytes == A) | (bytes == B) | (bytes == C);
-    std::uint8_t marks[16];
-    std::memcpy(marks, &found, sizeof marks);
-    for (std::size_t half = 0; half != sizeof marks; half += 8) {
-      const auto word = loadWord<std::uint64_t, std::endian::little>(marks + half);
-      if (word != 0) return at + half + static_cast<std::size_t>(std::countr_zero(word)) / 8;
-    }
+  for (; end - at >= static_cast<std::ptrdiff_t>(ByteBlock::kSize); at += ByteBlock::kSize) {
+    const ByteBlock block = ByteBlock::load(at);
+    const ByteBlock::Set found = block.equal(A) | block.equal(B) | block.equal(C);
+    if (found.any()) return at + found.first();
   }
   while (at != end && *at != A && *at != B && *at != C) ++at;
   return at;
