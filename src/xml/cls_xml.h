@@ -219,6 +219,8 @@ class ClsXml final : public Component, public ZantrelCritSec {
   bool removeChildren(const char* name, const Test& test);
   bool giveRelative(const char* name, ClsXml& out, TreeNode* (*find)(TreeNode&), const char* error);
   bool moveRelative(const char* name, TreeNode* (*find)(TreeNode&), const char* error);
+  bool isBelow(ClsXml& handle);
+  TreeNode* find(ClsXml& after, const XmlCriteria& criteria, LogBase& log);
   bool giveFound(const char* name, ClsXml& after, const XmlCriteria& criteria, ClsXml& out);
   bool moveToFound(const char* name, ClsXml& after, const XmlCriteria& criteria);
 

@@ -1,6 +1,7 @@
 // Searches below an element, and among its siblings.
 
 #include "xml/cls_xml_frame.h"
+#include "xml/xml_children.h"
 #include "xml/xml_search.h"
 
 namespace zantrel {
@@ -11,11 +12,24 @@ constexpr char kNothingFound[] = "No element was found.";
 
 }  // namespace
 
+// A root's tree is known for each handle, so that search after search in a deep tree takes linear
+// time.
+bool ClsXml::isBelow(ClsXml& handle) {
+  return place_.node()->isRoot() ? place_.tree() == handle.place_.tree()
+                                 : isWithin(handle.place_.node(), *place_.node());
+}
+
+TreeNode* ClsXml::find(ClsXml& after, const XmlCriteria& criteria, LogBase& log) {
+  TreeNode* const found =
+      isBelow(after) ? findNext(place_.node(), after.place_.node(), XmlMatcher(criteria)) : nullptr;
+  return found != nullptr ? found : notFound(log, kNothingFound);
+}
+
 bool ClsXml::giveFound(const char* name, ClsXml& after, const XmlCriteria& criteria, ClsXml& out) {
   XmlHandle made;
-  const bool found = onTwo(name, after, [&](TreeNode& top, TreeNode& behind, MethodCall& c) {
-    TreeNode* const node = findNext(&top, &behind, XmlMatcher(criteria));
-    if (node == nullptr) return c.log().logError(kNothingFound), false;
+  const bool found = onTwo(name, after, [&](TreeNode&, TreeNode&, MethodCall& c) {
+    TreeNode* const node = find(after, criteria, c.log());
+    if (node == nullptr) return false;
     made.moveTo(place_, node);
     return true;
   });
@@ -24,9 +38,9 @@ bool ClsXml::giveFound(const char* name, ClsXml& after, const XmlCriteria& crite
 }
 
 bool ClsXml::moveToFound(const char* name, ClsXml& after, const XmlCriteria& criteria) {
-  return onTwo(name, after, [&](TreeNode& top, TreeNode& behind, MethodCall& c) {
-    TreeNode* const node = findNext(&top, &behind, XmlMatcher(criteria));
-    if (node == nullptr) return c.log().logError(kNothingFound), false;
+  return onTwo(name, after, [&](TreeNode&, TreeNode&, MethodCall& c) {
+    TreeNode* const node = find(after, criteria, c.log());
+    if (node == nullptr) return false;
     place_.moveTo(node);
     return true;
   });

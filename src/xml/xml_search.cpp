@@ -21,11 +21,6 @@ bool hasTag(const TreeNode& node, std::string_view asked) {
   return asked.empty() || node.tag() == asked;
 }
 
-bool isUnder(const TreeNode* node, const TreeNode* top) {
-  while (node != top && node != nullptr) node = node->parent();
-  return node != nullptr;
-}
-
 bool hasMatchingChild(const TreeNode& node, const XmlMatcher& child) {
   for (std::size_t i = 0; i < node.numChildren(); ++i)
     if (child.matches(*node.child(i))) return true;
@@ -55,7 +50,6 @@ bool XmlMatcher::hasAttribute(const TreeNode& node) const {
 }
 
 TreeNode* findNext(TreeNode* top, const TreeNode* after, const XmlMatcher& matcher) {
-  if (after != nullptr && !isUnder(after, top)) return nullptr;
   TreeNode* node = after == nullptr ? top : after->next(top);
   while (node != nullptr && !matcher.matches(*node)) node = node->next(top);
   return node;

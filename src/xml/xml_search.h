@@ -43,8 +43,7 @@ class XmlMatcher final {
 /// The next match in the subtree under `top`, in document order: a node comes before its children,
 /// and these before its next sibling. The search begins with `top` itself, which may be the match,
 /// when `after` is null, and else behind that node: with its first child, so that `top` as `after`
-/// leaves out only `top`. Null when there is no further match, and when `after` is not in the
-/// subtree.
+/// leaves out only `top`. `after` must be in the subtree. Null when there is no further match.
 TreeNode* findNext(TreeNode* top, const TreeNode* after, const XmlMatcher& matcher);
 
 /// The next of the siblings behind `record` that has a child with this tag (empty or "*" for any)

@@ -294,6 +294,30 @@ TEST(ClsXmlHandleTest, ManyChildrenOfATagAreRemovedAtOnce) {
   EXPECT_EQ(content.getSizeUtf8(), 1000000U);
 }
 
+TEST(ClsXmlHandleTest, SearchesBeginInTheirOwnSubtreeOnly) {
+  ClsXml xml, second, other, found;
+  load(xml, "<a><b/><e><b/></e></a>");
+  load(other, "<b><b/></b>");
+  ASSERT_TRUE(xml.GetChildX(1, second));
+  EXPECT_FALSE(xml.SearchForTagX(other, "b", found));
+  expectLogged(xml, "No element was found.");
+  EXPECT_FALSE(second.SearchForTagX(xml, "b", found));
+  EXPECT_TRUE(xml.SearchForTagX(second, "b", found));
+}
+
+// Quadratic time would be minutes.
+TEST(ClsXmlHandleTest, SearchAfterSearchGoesThroughADeepTree) {
+  constexpr int kDepth = 200000;
+  std::string text;
+  for (int i = 0; i < kDepth; ++i) text += "<a>";
+  ClsXml xml, at;
+  load(xml, text);
+  ASSERT_TRUE(xml.GetSelfX(at));
+  int count = 0;
+  for (ClsXml next; xml.SearchForTagX(at, "a", next); ++count) ASSERT_TRUE(next.GetSelfX(at));
+  EXPECT_EQ(count, kDepth - 1);
+}
+
 // Quadratic time would be minutes.
 TEST(ClsXmlHandleTest, ChildrenAreTakenFromTheFrontLikeFromAQueue) {
   constexpr int kCount = 300000;
