@@ -36,6 +36,12 @@ bool writeFile(const XString& path, ByteSpan content, MethodCall& call) {
 
 // The tree is made beside the one that the handle is on, which stays when this fails.
 bool ClsXml::load(MethodCall& call, std::string_view text, bool trim) {
+  constexpr std::size_t kMostBytes = 0x7FFFFFFF;  // as ParseEngine::parse() takes
+  if (text.size() > kMostBytes) {
+    call.log().logError("The document is larger than 2 GB.");
+    call.log().logData64("numBytes", static_cast<std::int64_t>(text.size()));
+    return false;
+  }
   ProgressMonitor& progress = call.startProgress(static_cast<std::int64_t>(text.size()));
   if (requireWellFormed_ && !checkWellFormed(text, call.log())) return false;
   const XmlStore::Ref store = XmlStore::create();
