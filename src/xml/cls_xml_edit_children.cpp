@@ -86,7 +86,8 @@ bool ClsXml::AddToChildContent(std::string_view tag, std::int32_t amount) {
 
 bool ClsXml::AddChildTree(ClsXml& tree) {
   return onTwo("AddChildTree", tree, [&](TreeNode& node, TreeNode& added, MethodCall& c) {
-    if (isWithin(&node, added)) {
+    // Trees that are not the same need no climb, which would make towers slow to build.
+    if (place_.tree() == tree.place_.tree() && isWithin(&node, added)) {
       c.log().logError("An element cannot become a child of itself or of what is below it.");
       return false;
     }

@@ -174,6 +174,20 @@ TEST(ClsXmlHandleTest, SmallDocumentsGatherWithTheirHandles) {
   EXPECT_EQ(outlineOf(list), "nothing(r(x[1]),r(x[1]),r(x[1]))");
 }
 
+TEST(ClsXmlHandleTest, ATowerOfSmallDocumentsIsBuiltInLinearTime) {
+  ClsXml root, top;
+  ASSERT_TRUE(root.GetSelfX(top));
+  for (int i = 0; i < 100000; ++i) {
+    ClsXml next;
+    ASSERT_TRUE(top.AddChildTree(next));
+    ASSERT_TRUE(next.GetSelfX(top));
+  }
+  EXPECT_FALSE(top.AddChildTree(root));
+  int depth = 0;
+  while (root.FirstChild2()) ++depth;
+  EXPECT_EQ(depth, 100000);
+}
+
 TEST(ClsXmlHandleTest, ExtractedAndRemovedElementsAreTreesOfTheirOwn) {
   ClsXml xml, out;
   load(xml, kTree);
