@@ -1,7 +1,9 @@
 #include "core/xstring.h"
 
+#include <algorithm>
 #include <utility>
 
+#include "core/charset/byte_order_mark.h"
 #include "core/charset/charset_naming.h"
 #include "core/charset/code_page.h"
 #include "core/charset/encoding_convert.h"
@@ -20,6 +22,13 @@ bool convert(int from, int to, ByteSpan text, DataBuffer& out, bool& exact) {
   EncodingConvert converter;
   exact = converter.EncConvert(from, to, text.data(), text.size(), out);
   return exact || out.getSize() > before;
+}
+
+/// Conversions skip a byte-order mark at the start: what they make of such a text lacks it.
+bool beginsWithMark(int codePage, ByteSpan text) {
+  const ByteSpan mark = byteOrderMarkOf(codePage);
+  return !mark.empty() && text.size() >= mark.size() &&
+         std::equal(mark.begin(), mark.end(), text.begin());
 }
 
 void wipeStorage(StringBuffer& buffer) {
@@ -214,6 +223,7 @@ bool XString::makeAnsi() const {
   if (!convert(from, ansiCodePage(), source, converted, exact)) return false;
   ansi_.clear();
   ansiValid_ = ansi_.takeBytes(converted);
+  exact = exact && !beginsWithMark(from, source);
   if (ansiValid_) ansiState_ = exact ? AnsiState::Faithful : AnsiState::Lossy;
   return ansiValid_;
 }
@@ -231,7 +241,7 @@ bool XString::makeUnicode() const {
   }
   unicode_.minimizeMemory();
   unicodeValid_ = true;
-  unicodeLossy_ = !exact;
+  unicodeLossy_ = !exact || beginsWithMark(from, source);
   return true;
 }
 

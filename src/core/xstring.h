@@ -186,7 +186,7 @@ class XString final : public ZantrelObject {
   bool saveAs(const char* path, const char* charsetName, bool markUnicode, LogBase& log) const;
 
   mutable AnsiState ansiState_ = AnsiState::Unknown;
-  mutable bool unicodeLossy_ = false;  ///< converted from UTF-8 or ANSI that was not valid
+  mutable bool unicodeLossy_ = false;  ///< converted, and not all of the text is in it
   mutable bool unicodeValid_ = true;
   mutable bool ansiValid_ = true;
   mutable bool utf8Valid_ = true;

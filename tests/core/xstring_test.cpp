@@ -88,6 +88,24 @@ TEST(XStringTest, KeepsConvertedFormsUntilTheTextChanges) {
   EXPECT_EQ(text.ansiState(), Ansi::Unknown);
 }
 
+TEST(XStringTest, AMarkAtTheStartOutlivesFormsThatLackIt) {
+  const std::string marked = "\xEF\xBB\xBFtext";
+  for (const bool ansiToo : {false, true}) {
+    XString text{std::string_view(marked)};
+    EXPECT_EQ(text.unicode(), u"text");
+    if (ansiToo) {
+      EXPECT_EQ(text.ansi(), "text");
+    }
+    ASSERT_TRUE(text.base64Encode(nullptr));
+    ASSERT_TRUE(text.base64Decode(nullptr));
+    EXPECT_EQ(text.utf8(), marked);
+  }
+  XString text{std::string_view(marked)};
+  ASSERT_EQ(text.ansi(), "text");
+  ASSERT_TRUE(text.appendFromEncoding(asBytes("!"), "ansi"));
+  EXPECT_EQ(text.utf8(), marked + "!");
+}
+
 TEST(XStringTest, ALossyAnsiFormIsNeverTheSourceOfAnother) {
   const ScopedAnsi ansi(1252);
   XString text;
