@@ -26,7 +26,8 @@ class StringBuffer final : public ZantrelObject {
   StringBuffer(StringBuffer&& other) noexcept;
   StringBuffer& operator=(StringBuffer&& other) noexcept;
 
-  /// An empty buffer with room for exactly `capacity` bytes and the terminator.
+  /// An empty buffer with room for exactly `capacity` bytes and the terminator; without storage
+  /// for 0.
   static StringBuffer withCapacity(std::size_t capacity);
 
   const char* getString() const {

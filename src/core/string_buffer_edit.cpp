@@ -45,7 +45,8 @@ std::uint32_t StringBuffer::replaceAllOccurances(std::string_view find,
   if (newSize > 0x7FFFFFFE) return 0;
 
   StringBuffer result = withCapacity(static_cast<std::size_t>(newSize));
-  if (result.capacity() == 0) return 0;  // no storage: the text stays as it was
+  // Without storage the text stays as it was.
+  if (newSize != 0 && result.capacity() == 0) return 0;
   std::size_t done = 0;
   for (std::uint64_t i = 0; i < count; ++i) {
     const std::size_t at = searcher.find(text, done);
@@ -65,7 +66,7 @@ bool StringBuffer::replaceFirstOccurance(std::string_view find, std::string_view
   const std::uint64_t newSize = std::uint64_t{text.size()} - find.size() + replacement.size();
   if (newSize > 0x7FFFFFFE) return false;
   StringBuffer result = withCapacity(static_cast<std::size_t>(newSize));
-  if (result.capacity() == 0) return false;
+  if (newSize != 0 && result.capacity() == 0) return false;
   result.append(text.substr(0, at));
   result.append(replacement);
   result.append(text.substr(at + find.size()));
