@@ -5,6 +5,7 @@
 #include "core/charset/charset_naming.h"
 #include "core/charset/code_page.h"
 #include "core/charset/html_charset.h"
+#include "core/charset/utf8_utf16.h"
 #include "core/data_sink.h"
 #include "core/data_source.h"
 #include "core/encode/content_coding.h"
@@ -22,12 +23,6 @@ ByteSpan utf8Of(const XString& text) {
 
 std::u16string_view utf16Of(const DataBuffer& units) {
   return {reinterpret_cast<const char16_t*>(units.getData2()), units.getSize() / 2};
-}
-
-bool isUtf8(ByteSpan bytes) {
-  DataBuffer scratch;
-  return EncodingConvert().EncConvert(codepage::kUtf8, codepage::kUtf16Le, bytes.data(),
-                                      bytes.size(), scratch);
 }
 
 /// Looks up a charset for a property, whose setter writes to the log only when it fails.
@@ -235,7 +230,7 @@ bool ClsCharset::UrlDecodeStrX(const XString& in, XString& out) {
   return call("UrlDecodeStr", [&](MethodCall& c) {
     DataBuffer bytes;
     if (!UrlEncode::decode(in.getUtf8Sb().view(), bytes)) return false;
-    if (isUtf8(bytes.bytes())) return out.setFromUtf8(bytes.text());
+    if (isValidUtf8(bytes.bytes())) return out.setFromUtf8(bytes.text());
     // Old forms post the charset of their page, which UTF-8 cannot be mistaken for.
     c.log().logInfo("The decoded bytes are not UTF-8; they are taken as ANSI text.");
     out.clear();

@@ -8,8 +8,7 @@
 #include "compress/tar_unpacker.h"
 #include "compress/text_pieces.h"
 #include "compress/xfdl.h"
-#include "core/charset/code_page.h"
-#include "core/charset/encoding_convert.h"
+#include "core/charset/utf8_utf16.h"
 #include "core/encode/cls_encode.h"
 #include "core/transform_file.h"
 #include "platform/local_time.h"
@@ -27,11 +26,8 @@ class NullDataSink final : public DataSink {
 
 /// Text of a header: UTF-8 as we write it or, as the standard has it, Latin-1.
 void setHeaderText(const std::string& bytes, XString& out) {
-  DataBuffer scratch;
-  const bool isUtf8 = EncodingConvert().EncConvert(codepage::kUtf8, codepage::kUtf16Le,
-                                                   bytes.data(), bytes.size(), scratch);
   out.clear();
-  out.appendFromEncoding(asBytes(bytes), isUtf8 ? "utf-8" : "iso-8859-1");
+  out.appendFromEncoding(asBytes(bytes), isValidUtf8(asBytes(bytes)) ? "utf-8" : "iso-8859-1");
 }
 
 }  // namespace

@@ -72,7 +72,8 @@ bool appendLowerCase(std::string_view utf8, StringBuffer& out) {
 }
 
 bool appendFoldedCase(std::string_view utf8, StringBuffer& out) {
-  return appendMapped<foldCase>(utf8, out);
+  // No character takes more than half as much again when folded.
+  return out.reserve(utf8.size() + utf8.size() / 2) && appendMapped<foldCase>(utf8, out);
 }
 
 bool equalsIgnoreCase(std::string_view a, std::string_view b) noexcept {

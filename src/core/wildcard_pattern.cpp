@@ -9,9 +9,7 @@ namespace {
 
 void fold(std::string_view text, StringBuffer& out) {
   out.clear();
-  // No character takes more than half as much again when folded.
-  if (!out.reserve(text.size() + text.size() / 2 + 1) || !appendFoldedCase(text, out))
-    throw std::bad_alloc();
+  if (!appendFoldedCase(text, out)) throw std::bad_alloc();
 }
 
 }  // namespace

@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "core/byte_order.h"
+#include "core/encode/hex.h"
 #include "core/log_base.h"
 #include "core/utf8.h"
 #include "xml/unique_names.h"
@@ -301,11 +302,10 @@ XmlFault ofCharacter(const char* at, const char* end) {
   fault.at = at;
   fault.text = "The bytes here are not UTF-8.";
   if (c == kNoCharacter) return fault;
-  constexpr char kHex[] = "0123456789ABCDEF";
   fault.text = "XML does not allow this character.";
   fault.label = "character";
   fault.value = "U+";
-  for (int shift = 12; shift >= 0; shift -= 4) fault.value += kHex[c >> shift & 0xF];
+  for (int shift = 12; shift >= 0; shift -= 4) fault.value += kHexDigits[c >> shift & 0xF];
   return fault;
 }
 

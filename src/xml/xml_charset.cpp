@@ -4,7 +4,6 @@
 #include <array>
 #include <cstdint>
 #include <new>
-#include <optional>
 
 #include "core/ascii_text.h"
 #include "core/charset/byte_order_mark.h"
@@ -77,17 +76,6 @@ int pageOfDeclaration(std::string_view text, LogBase& log) {
   return codePage == codepage::kUnknown || isUnicode(codePage) ? codepage::kUtf8 : codePage;
 }
 
-/// Where the bytes stop being UTF-8, if they do.
-std::optional<std::size_t> firstInvalidUtf8(ByteSpan bytes) {
-  std::array<char16_t, 4096> units;
-  for (std::size_t at = 0; at < bytes.size();) {
-    const CodecResult result = utf8ToUtf16(bytes.subspan(at), true, units);
-    at += result.consumed;
-    if (result.stop == CodecStop::Invalid) return at;
-  }
-  return std::nullopt;
-}
-
 bool cannotConvert(int codePage, std::uint64_t offset, LogBase& log) {
   log.logError("Failed to convert XML data to utf-8 internal representation");
   log.logDataLong("codePage", codePage);
@@ -142,8 +130,8 @@ bool xmlTextOf(ByteSpan bytes, DataBuffer& storage, std::string_view& text, LogB
   const ByteSpan content = bytes.subspan(mark.length);
   if (codePage == codepage::kUtf8) {
     text = asText(content);
-    const std::optional<std::size_t> invalid = firstInvalidUtf8(content);
-    return !invalid || cannotConvert(codePage, mark.length + *invalid, log);
+    const std::size_t valid = validUtf8Size(content);
+    return valid == content.size() || cannotConvert(codePage, mark.length + valid, log);
   }
   CharsetStream stream(codePage, codepage::kUtf8);
   if (!stream.convertAll(content, storage)) throw std::bad_alloc();

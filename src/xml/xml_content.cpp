@@ -8,13 +8,13 @@
 #include "compress/adler32.h"
 #include "compress/zantrel_deflate.h"
 #include "core/byte_order.h"
+#include "core/charset/utf8_utf16.h"
 #include "core/data_buffer.h"
 #include "core/encode/base64.h"
 #include "core/encode/html_entities.h"
 #include "core/log_base.h"
 #include "core/secret.h"
 #include "core/string_buffer.h"
-#include "core/utf8.h"
 #include "crypto/password_seal.h"
 #include "xml/parse_engine.h"
 #include "xml/tree_node.h"
@@ -93,15 +93,6 @@ bool unwrap(std::string_view content, const BinaryContent& how, DataBuffer& out,
          unzip(zipped.bytes(), out, log);
 }
 
-bool isUtf8(std::string_view text) {
-  while (!text.empty()) {
-    const Utf8Character character = decodeUtf8(text);
-    if (character.value == kNoCharacter) return false;
-    text.remove_prefix(character.size);
-  }
-  return true;
-}
-
 // Children without handles, from a tree of the same store.
 void moveChildren(TreeNode& from, TreeNode& to) {
   std::vector<TreeNode*> moved(from.numChildren());
@@ -150,7 +141,7 @@ bool wrapContent(TreeNode& node, const BinaryContent& how, LogBase& log) {
 bool unwrapContent(TreeNode& node, const BinaryContent& how, LogBase& log) {
   SecretBuffer text;
   if (!unwrap(node.content(), how, text.buffer(), log)) return false;
-  if (!isUtf8(text.buffer().text())) return fail("The bytes in the content are not text.", log);
+  if (!isValidUtf8(text.bytes())) return fail("The bytes in the content are not text.", log);
   node.setContent(text.buffer().text());
   return true;
 }
@@ -165,7 +156,7 @@ bool zipTree(const TreeNode& node, StringBuffer& zipped, LogBase& log) {
 bool unzipTree(TreeNode& node, XmlStore& store, LogBase& log) {
   DataBuffer xml;
   if (!unwrap(node.content(), {.zip = true}, xml, log)) return false;
-  if (!isUtf8(xml.text())) return fail("The bytes in the content are not text.", log);
+  if (!isValidUtf8(xml.bytes())) return fail("The bytes in the content are not text.", log);
   TreeInfo* const tree = ParseEngine(store, {.trim = false}, log, nullptr).parse(xml.text());
   if (tree == nullptr) return fail("The content is no tree that was made a text.", log);
   TreeNode* const root = XmlStore::dissolve(tree);

@@ -80,9 +80,7 @@ std::optional<std::int64_t> numberIn(std::string_view text) {
 
 std::string_view folded(std::string_view text, std::deque<StringBuffer>& kept) {
   StringBuffer& copy = kept.emplace_back(std::string_view());
-  // No character takes more than half as much again when folded.
-  if (!copy.reserve(text.size() + text.size() / 2) || !appendFoldedCase(text, copy))
-    throw std::bad_alloc();
+  if (!appendFoldedCase(text, copy)) throw std::bad_alloc();
   return copy.view();
 }
 

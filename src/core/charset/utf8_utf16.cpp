@@ -8,6 +8,7 @@
 
 #include "core/charset/utf8_utf16.h"
 
+#include <array>
 #include <bit>
 #include <cstring>
 
@@ -211,6 +212,16 @@ CodecResult utf16ToUtf8(std::span<const char16_t> in, bool last,
   }
 #endif
   return after(done, in, last, out, utf_portable::utf16ToUtf8);
+}
+
+std::size_t validUtf8Size(ByteSpan text) noexcept {
+  std::array<char16_t, 4096> units;
+  for (std::size_t at = 0; at < text.size();) {
+    const CodecResult result = utf8ToUtf16(text.subspan(at), true, units);
+    at += result.consumed;
+    if (result.stop == CodecStop::Invalid) return at;
+  }
+  return text.size();
 }
 
 std::size_t swapUnits(ByteSpan in, std::uint8_t* out) noexcept {

@@ -19,6 +19,13 @@ CodecResult utf8ToUtf16(ByteSpan in, bool last, std::span<char16_t> out) noexcep
 CodecResult utf16ToUtf8(std::span<const char16_t> in, bool last,
                         std::span<std::uint8_t> out) noexcept;
 
+/// How many bytes of UTF-8 stand before the first ill-formed sequence: all of them if there is
+/// none.
+std::size_t validUtf8Size(ByteSpan text) noexcept;
+inline bool isValidUtf8(ByteSpan text) noexcept {
+  return validUtf8Size(text) == text.size();
+}
+
 /// Copies 16-bit units with their bytes swapped. The spans may be the same memory, and of any
 /// alignment; a byte without partner at the end is left out. Returns the bytes written.
 std::size_t swapUnits(ByteSpan in, std::uint8_t* out) noexcept;

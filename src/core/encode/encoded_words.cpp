@@ -10,6 +10,7 @@
 #include "core/charset/code_page.h"
 #include "core/charset/encoding_convert.h"
 #include "core/encode/base64.h"
+#include "core/encode/hex.h"
 #include "core/log_base.h"
 #include "core/string_buffer.h"
 #include "core/utf8.h"
@@ -67,11 +68,10 @@ bool isPlain(std::uint8_t c) {
 }
 
 bool appendQ(ByteSpan bytes, StringBuffer& out) {
-  constexpr char kDigits[] = "0123456789ABCDEF";
   return std::all_of(bytes.begin(), bytes.end(), [&](std::uint8_t c) {
     if (c == ' ') return out.appendChar('_');
     if (isPlain(c)) return out.appendChar(static_cast<char>(c));
-    const char escape[] = {'=', kDigits[c >> 4], kDigits[c & 15]};
+    const char escape[] = {'=', kHexDigits[c >> 4], kHexDigits[c & 15]};
     return out.append(escape, sizeof escape);
   });
 }
